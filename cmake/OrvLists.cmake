@@ -1,0 +1,96 @@
+# Generates, from the project's lists, everything that names the exported
+# functions: the public tier declarations (orvtiers.h + orvtiers.inc), the
+# linker version script, and the expected-export lists that the tests read.
+#
+#   frame/exports.tsv        public-style names: stub, tiers, built
+#   frame/kernels.tsv        kernels and workers named for export: tiers, built
+#   frame/dispatch.def       dispatched functions and their slots
+#   frame/frame_exports.txt  unprefixed frame functions and data
+
+function(orv_read_tiered_list file out_built out_all)
+  set(built "")
+  set(all "")
+  if(EXISTS ${file})
+    file(STRINGS ${file} lines)
+    foreach(line IN LISTS lines)
+      if(line MATCHES "^#" OR line STREQUAL "")
+        continue()
+      endif()
+      string(REPLACE "\t" ";" cols "${line}")
+      list(GET cols 0 name)
+      list(GET cols 2 tiers)
+      list(GET cols 3 state)
+      string(REPLACE "," ";" tiers "${tiers}")
+      foreach(t IN LISTS tiers)
+        list(APPEND all "${t}_${name}")
+        if(state STREQUAL "built")
+          list(APPEND built "${t}|${name}")
+        endif()
+      endforeach()
+    endforeach()
+  endif()
+  set(${out_built} "${built}" PARENT_SCOPE)
+  set(${out_all} "${all}" PARENT_SCOPE)
+endfunction()
+
+function(orv_generate_lists src bin)
+  set(lists ${src}/frame/exports.tsv ${src}/frame/kernels.tsv
+            ${src}/frame/dispatch.def ${src}/frame/frame_exports.txt)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${lists})
+
+  orv_read_tiered_list(${src}/frame/exports.tsv pub_built pub_all)
+  orv_read_tiered_list(${src}/frame/kernels.tsv ker_built ker_all)
+
+  file(STRINGS ${src}/frame/frame_exports.txt frame_names REGEX "^[A-Za-z_]")
+  file(STRINGS ${src}/frame/dispatch.def stub_lines REGEX "^ORV_STUB\\(")
+  set(stubs "")
+  foreach(line IN LISTS stub_lines)
+    string(REGEX REPLACE "^ORV_STUB\\(([A-Za-z0-9_]+),.*" "\\1" name "${line}")
+    list(APPEND stubs ${name} ${name}_arraddr)
+  endforeach()
+
+  # Public tier declarations: one line per built (tier, name).
+  set(inc "/* Generated from frame/exports.tsv: the tier-prefixed entry points. */\n")
+  foreach(pair IN LISTS pub_built)
+    string(REPLACE "|" ";" pair "${pair}")
+    list(GET pair 0 t)
+    list(GET pair 1 n)
+    string(APPEND inc "ORV_TIER_DECL(${t}, ${n})\n")
+  endforeach()
+  file(CONFIGURE OUTPUT ${bin}/include/orvtiers.inc CONTENT "${inc}" @ONLY)
+
+  # Exact set of exported names, for the version script and the tests.
+  set(exported ${frame_names} ${stubs})
+  foreach(pair IN LISTS pub_built ker_built)
+    string(REPLACE "|" "_" sym "${pair}")
+    list(APPEND exported ${sym})
+  endforeach()
+  list(SORT exported)
+  list(REMOVE_DUPLICATES exported)
+  string(REPLACE ";" "\n" text "${exported}")
+  file(CONFIGURE OUTPUT ${bin}/exports/expected.txt CONTENT "${text}\n" @ONLY)
+
+  # Every name the library may ever export (the full lists), for the test
+  # that rejects a name nobody documented.
+  set(allowed ${frame_names} ${pub_all} ${ker_all})
+  file(READ ${src}/frame/exports.tsv tsv)
+  string(REGEX MATCHALL "\n[A-Za-z0-9_]+\tstub" stubbed "${tsv}")
+  foreach(s IN LISTS stubbed)
+    string(REGEX REPLACE "\n([A-Za-z0-9_]+)\tstub" "\\1" s "${s}")
+    list(APPEND allowed ${s} ${s}_arraddr)
+  endforeach()
+  list(SORT allowed)
+  list(REMOVE_DUPLICATES allowed)
+  string(REPLACE ";" "\n" text "${allowed}")
+  file(CONFIGURE OUTPUT ${bin}/exports/allowed.txt CONTENT "${text}\n" @ONLY)
+
+  # Linker version script: exactly the exported names, everything else local.
+  string(REPLACE ";" ";\n    " globals "${exported}")
+  file(CONFIGURE OUTPUT ${bin}/orv.map CONTENT
+"ORV_7.0 {
+  global:
+    ${globals};
+  local: *;
+};
+" @ONLY)
+endfunction()

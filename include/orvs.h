@@ -1,0 +1,28 @@
+/* orv signal domain: one-dimensional arrays.
+ *
+ * Names with a dispatch stub are callable as declared; the others exist only
+ * under tier prefixes (m7_, u8_, n8_, y8_, e9_), declared in orvtiers.h. */
+#ifndef ORVS_H
+#define ORVS_H
+
+#include "orvcore.h"
+
+ORV_EXTERN_C_BEGIN
+
+/* Version record of the signal domain for the tier that serves the call. */
+ORV_API const OrvLibVersion* orvsGetLibVersion(void);
+
+/* Blocks of len elements aligned to 32 bytes; null when len < 1 or out of
+ * memory. The byte count is taken modulo 2^32 as an int: a len whose byte
+ * count does not fit in 31 bits yields null or a short block. Release with
+ * orvsFree. orvsMalloc_8u has no stub. */
+ORV_API Orv8u* orvsMalloc_8u(int len);
+ORV_API Orv32f* orvsMalloc_32f(int len);
+ORV_API Orv64f* orvsMalloc_64f(int len);
+ORV_API void orvsFree(void* p);
+
+ORV_EXTERN_C_END
+
+#include "orvtiers.h"
+
+#endif
