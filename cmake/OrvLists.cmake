@@ -59,6 +59,25 @@ function(orv_generate_lists src bin)
   endforeach()
   file(CONFIGURE OUTPUT ${bin}/include/orvtiers.inc CONTENT "${inc}" @ONLY)
 
+  # Kernels: internal tier declarations, and the test registry of every
+  # built (tier, name) of both lists.
+  set(kinc "/* Generated from frame/kernels.tsv: tier-prefixed kernels. */\n")
+  foreach(pair IN LISTS ker_built)
+    string(REPLACE "|" ";" pair "${pair}")
+    list(GET pair 0 t)
+    list(GET pair 1 n)
+    string(APPEND kinc "ORV_TIER_DECL(${t}, ${n})\n")
+  endforeach()
+  file(CONFIGURE OUTPUT ${bin}/include/internal/orvkernels.inc CONTENT "${kinc}" @ONLY)
+  set(reg "/* Generated: every built tier function, public-style and kernel. */\n")
+  foreach(pair IN LISTS pub_built ker_built)
+    string(REPLACE "|" ";" pair "${pair}")
+    list(GET pair 0 t)
+    list(GET pair 1 n)
+    string(APPEND reg "ORV_TIER_FN(${t}, ${n})\n")
+  endforeach()
+  file(CONFIGURE OUTPUT ${bin}/tests/orv_tier_fns.inc CONTENT "${reg}" @ONLY)
+
   # Exact set of exported names, for the version script and the tests.
   set(exported ${frame_names} ${stubs})
   foreach(pair IN LISTS pub_built ker_built)

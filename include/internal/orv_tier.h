@@ -10,6 +10,7 @@
 
 #include "orvs.h"
 #include "orvi.h"
+#include "internal/orv_kernels.h"
 
 #define ORV_CAT2(a, b) a##_##b
 #define ORV_CAT(a, b) ORV_CAT2(a, b)
@@ -38,6 +39,10 @@
 // Defines an exported tier function: extern "C", default visibility. The
 // linker's version script keeps it exported only in the tiers its list names.
 #define ORV_TIER_API extern "C" __attribute__((visibility("default")))
+
+// Declares this tier's variant of a public-style name or kernel, for a call
+// from another source file of the same tier.
+#define ORV_TIER_DECLARE(name) ORV_TIER_API __typeof__(name) ORV_T(name);
 
 namespace orv {
 

@@ -1,0 +1,47 @@
+// Every built tier function of the library, by name: the tests run each
+// function's suite once per tier that exports it, against one reference.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace orv::test {
+
+struct RegistryEntry {
+    const char* tier;
+    const char* name;
+    void* address;
+};
+
+const std::vector<RegistryEntry>& registry();
+
+template <class Fn>
+struct TierFn {
+    std::string tier;
+    Fn* fn;
+};
+
+// The tier variants of one base name, in tier order m7 u8 n8 y8 e9. Fn is the
+// function's type: tiers_of<decltype(orvsAdd_64f)>("orvsAdd_64f").
+template <class Fn>
+std::vector<TierFn<Fn>> tiers_of(const std::string& name) {
+    std::vector<TierFn<Fn>> out;
+    for (const auto& e : registry())
+        if (name == e.name) out.push_back({e.tier, reinterpret_cast<Fn*>(e.address)});
+    return out;
+}
+
+// For INSTANTIATE_TEST_SUITE_P: names each instance by its tier.
+struct TierName {
+    template <class P>
+    std::string operator()(const P& info) const {
+        return info.param.tier;
+    }
+};
+
+}  // namespace orv::test
+
+// Parameterises a suite over the tiers of one function.
+#define ORV_INSTANTIATE_TIERS(Suite, name) \
+    INSTANTIATE_TEST_SUITE_P(Tiers, Suite, ::testing::ValuesIn(::orv::test::tiers_of<decltype(name)>(#name)), \
+                             ::orv::test::TierName())
