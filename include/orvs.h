@@ -21,6 +21,16 @@ ORV_API Orv32f* orvsMalloc_32f(int len);
 ORV_API Orv64f* orvsMalloc_64f(int len);
 ORV_API void orvsFree(void* p);
 
+/* ---- Type conversion ---------------------------------------------------
+ * Each returns orvStsNullPtrErr (-8) for a null pointer, else
+ * orvStsSizeErr (-6) for len < 1, else 0; overflow and NaN are not reported.
+ *
+ * 32f64f is exact. 64f32f rounds by MXCSR and clamps to the largest finite
+ * single value, so overflow and infinities never give an infinity; a NaN
+ * becomes +FLT_MAX on tiers m7 to y8 and stays NaN on e9. */
+ORV_API OrvStatus orvsConvert_32f64f(const Orv32f* pSrc, Orv64f* pDst, int len);
+ORV_API OrvStatus orvsConvert_64f32f(const Orv64f* pSrc, Orv32f* pDst, int len);
+
 ORV_EXTERN_C_END
 
 #include "orvtiers.h"
