@@ -51,16 +51,6 @@ inline float bits_to_float(uint32_t b) {
     std::memcpy(&f, &b, sizeof f);
     return f;
 }
-inline uint32_t float_bits(float f) {
-    uint32_t b;
-    std::memcpy(&b, &f, sizeof b);
-    return b;
-}
-inline uint64_t double_bits(double d) {
-    uint64_t b;
-    std::memcpy(&b, &d, sizeof b);
-    return b;
-}
 
 // ---- Single <-> double ----------------------------------------------------
 // Narrowing by the current rounding mode after the clamp to +-FLT_MAX; a NaN

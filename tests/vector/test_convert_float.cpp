@@ -125,32 +125,6 @@ TEST_P(ConvertNarrow, Arguments) { check_arguments<decltype(orvsConvert_64f32f),
 ORV_INSTANTIATE_TIERS(ConvertWiden, orvsConvert_32f64f);
 ORV_INSTANTIATE_TIERS(ConvertNarrow, orvsConvert_64f32f);
 
-// The kernels of the SSE tiers, called directly.
-class ConvertWidenKernel : public ::testing::TestWithParam<TierFn<decltype(ownsConvert_32f64f_M7)>> {};
-TEST_P(ConvertWidenKernel, Exact) {
-    std::mt19937 rng(3);
-    for (int len : {1, 2, 17, 64, 129}) {
-        Guarded<float> src(len, Flush::End, 4 * (len % 4));
-        Guarded<double> dst(len, Flush::End);
-        const auto in = widen_data(len, rng);
-        for (int i = 0; i < len; ++i) put(src.data(), i, in[i]);
-        GetParam().fn(src.data(), dst.data(), len);
-        for (int i = 0; i < len; ++i) EXPECT_EQ(double_bits(get(dst.data(), i)), double_bits(in[i]));
-    }
-}
-ORV_INSTANTIATE_TIERS(ConvertWidenKernel, ownsConvert_32f64f_M7);
-
-class ConvertNarrowKernel : public ::testing::TestWithParam<TierFn<decltype(ownsConvert_64f32f_M7)>> {};
-TEST_P(ConvertNarrowKernel, NanBecomesMax) {
-    const double in[] = {NAN, 2.5, -INFINITY};
-    float out[3];
-    GetParam().fn(in, out, 3);
-    EXPECT_EQ(out[0], FLT_MAX);
-    EXPECT_EQ(out[1], 2.5f);
-    EXPECT_EQ(out[2], -FLT_MAX);
-}
-ORV_INSTANTIATE_TIERS(ConvertNarrowKernel, ownsConvert_64f32f_M7);
-
 // The stubs reach a tier that gives the same results.
 TEST(ConvertStubs, Convert) {
     const float f[3] = {1.5f, -0.25f, 3e38f};
