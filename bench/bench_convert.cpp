@@ -42,27 +42,20 @@ const PlainSet& plain_of(const std::string& tier) {
     return kPlain[0];
 }
 
-const std::vector<double>& doubles(size_t n) {
-    static std::vector<double> v;
+// Uniform values in [lo, hi], made once per element type and grown on demand.
+template <class T>
+const std::vector<T>& values(size_t n, T lo, T hi) {
+    static std::vector<T> v;
     if (v.size() < n) {
         std::mt19937 rng(1);
-        std::uniform_real_distribution<double> u(-1e6, 1e6);
+        std::uniform_real_distribution<T> u(lo, hi);
         v.resize(n);
         for (auto& x : v) x = u(rng);
     }
     return v;
 }
-
-const std::vector<float>& floats(size_t n) {
-    static std::vector<float> v;
-    if (v.size() < n) {
-        std::mt19937 rng(2);
-        std::uniform_real_distribution<float> u(-50.0f, 300.0f);
-        v.resize(n);
-        for (auto& x : v) x = u(rng);
-    }
-    return v;
-}
+const std::vector<double>& doubles(size_t n) { return values<double>(n, -1e6, 1e6); }
+const std::vector<float>& floats(size_t n) { return values<float>(n, -50.0f, 300.0f); }
 
 template <class S, class D, class Run>
 void run_conversion(benchmark::State& state, const std::vector<S>& all, Run run) {
