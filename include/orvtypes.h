@@ -50,6 +50,11 @@ typedef struct {
     const char* buildDate;
 } OrvLibVersion;
 
+/* Rounding of the float-to-integer conversions. The argument is a plain
+ * int: 0 and 1 select the first two, any other value rounds half away from
+ * zero. */
+enum { orvRndZero = 0, orvRndNear = 1, orvRndFinancial = 2 };
+
 /* Feature bits of orvGetCpuFeatures and orvGetEnabledCpuFeatures. */
 #define orvFeatMMX    0x1ULL
 #define orvFeatSSE    0x2ULL

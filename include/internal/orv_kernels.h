@@ -9,6 +9,9 @@
 #if __has_include("internal/kernels_vector.h")
 #include "internal/kernels_vector.h"
 #endif
+#if __has_include("internal/kernels_convert.h")
+#include "internal/kernels_convert.h"
+#endif
 #if __has_include("internal/kernels_elementary.h")
 #include "internal/kernels_elementary.h"
 #endif
