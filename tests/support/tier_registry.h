@@ -2,6 +2,7 @@
 // function's suite once per tier that exports it, against one reference.
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,12 @@ struct TierFn {
     std::string tier;
     Fn* fn;
 };
+
+// Test parameters print as their tier.
+template <class Fn>
+void PrintTo(const TierFn<Fn>& t, std::ostream* os) {
+    *os << t.tier;
+}
 
 // The tier variants of one base name, in tier order m7 u8 n8 y8 e9. Fn is the
 // function's type: tiers_of<decltype(orvsAdd_64f)>("orvsAdd_64f").
