@@ -172,8 +172,16 @@ void maxindx_kernel(const double* p, int n, double* pMax, int* pIndx) {
         a0 = V::max(a0, V::template load<true>(p + i));
         a1 = V::max(a1, V::template load<true>(p + i + V::kN));
     }
-    __m128d r = V::fold_max(V::max(a0, a1));
-    for (; i < n; ++i) r = max_lo(r, ld(p + i));
+    // The single elements go to the low lane of acc0 before the fold; e9
+    // folds first and takes them in the low lane of the result.
+    __m128d r;
+    if constexpr (V::kN == 2) {
+        for (; i < n; ++i) a0 = max_lo(a0, ld(p + i));
+        r = V::max(a0, a1);
+    } else {
+        r = V::fold_max(V::max(a0, a1));
+        for (; i < n; ++i) r = max_lo(r, ld(p + i));
+    }
     double m = max_halves(r);
     st(pMax, m);
     *pIndx = find_bits(p, n, m);
