@@ -99,4 +99,17 @@ inline const std::vector<int>& short_lengths() {
     return l;
 }
 
+// Runs fn(n, offset) for each length and offset, traced, stopping at the
+// first fatal failure.
+template <class Fn>
+void each_case(Fn fn, const std::vector<int>& lengths = short_lengths(),
+               const std::vector<size_t>& offs = offsets()) {
+    for (int n : lengths)
+        for (size_t off : offs) {
+            SCOPED_TRACE(::testing::Message() << "len " << n << " offset " << off);
+            fn(n, off);
+            if (::testing::Test::HasFatalFailure()) return;
+        }
+}
+
 }  // namespace orv::test::reduce

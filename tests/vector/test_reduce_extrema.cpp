@@ -72,65 +72,58 @@ class MaxIndxTest : public ::testing::TestWithParam<MaxIndx> {};
 class MinMaxTest : public ::testing::TestWithParam<MinMax> {};
 class MinMaxIndxTest : public ::testing::TestWithParam<MinMaxIndx> {};
 
-TEST_P(MaxTest, LargestElement) {
-    for (int n : short_lengths()) {
-        auto v = mixed<double>(n, n);
-        for (size_t off : offsets()) {
-            Placed<double> a(v, off);
-            double m;
-            ASSERT_EQ(GetParam().fn(a.data(), n, &m), orvStsNoErr);
-            ASSERT_EQ(m, *std::max_element(v.begin(), v.end())) << "len " << n << " offset " << off;
-        }
-    }
-}
-
-// A NaN is not treated specially: the 128-bit body is modelled lane by lane;
-// on every tier a NaN only at index 0 is dropped once each lane has seen
+// A NaN is not treated specially: the 128-bit body is modelled lane by lane,
+// and on every tier a NaN only at index 0 is dropped once each lane has seen
 // another element.
-TEST_P(MaxTest, NaNFollowsThePackedMaximum) {
-    const bool modelled = GetParam().tier != "e9";
-    for (int n : short_lengths()) {
-        auto v = with_specials(n, 90 + n);
-        for (size_t off : offsets()) {
-            Placed<double> a(v, off);
-            double m;
-            ASSERT_EQ(GetParam().fn(a.data(), n, &m), orvStsNoErr);
-            if (modelled) {
-                ASSERT_TRUE(same_bits(m, model_max_64f(v, a.address()))) << "len " << n << " offset " << off;
-            }
-        }
-        if (n < 40) continue;
-        auto w = mixed<double>(n, n);
-        w[0] = kNaN;
+TEST_P(MaxTest, LargestElementAndNaNByPosition) {
+    each_case([&](int n, size_t off) {
+        auto v = mixed<double>(n, n), s = with_specials(n, 90 + n);
+        Placed<double> a(v, off), b(s, off);
         double m;
-        GetParam().fn(w.data(), n, &m);
-        EXPECT_EQ(m, *std::max_element(w.begin() + 1, w.end())) << "len " << n;
-    }
-}
-
-TEST_P(MaxTest, ChecksPointersThenLength) {
-    double x[1] = {1}, m = 7;
-    EXPECT_EQ(GetParam().fn(nullptr, 0, &m), orvStsNullPtrErr);
+        ASSERT_EQ(GetParam().fn(a.data(), n, &m), orvStsNoErr);
+        ASSERT_EQ(m, *std::max_element(v.begin(), v.end()));
+        GetParam().fn(b.data(), n, &m);
+        if (GetParam().tier != "e9") {
+            ASSERT_TRUE(same_bits(m, model_max_64f(s, b.address())));
+        }
+        if (n < 40) return;
+        v[0] = kNaN;
+        Placed<double> c(v, off);
+        GetParam().fn(c.data(), n, &m);
+        ASSERT_EQ(m, *std::max_element(v.begin() + 1, v.end()));
+    });
+    double x[1] = {1}, keep = 7;
+    EXPECT_EQ(GetParam().fn(nullptr, 0, &keep), orvStsNullPtrErr);
     EXPECT_EQ(GetParam().fn(x, 1, nullptr), orvStsNullPtrErr);
-    EXPECT_EQ(GetParam().fn(x, 0, &m), orvStsSizeErr);
-    EXPECT_EQ(m, 7);
+    EXPECT_EQ(GetParam().fn(x, 0, &keep), orvStsSizeErr);
+    EXPECT_EQ(keep, 7);
 }
 
-// Many ties: the lowest index wins on every path (in place below 32 elements
-// or off a multiple of 8, the two-pass kernel otherwise).
-TEST_P(MaxIndxTest, LowestIndexOfTheMaximum) {
-    for (int n : short_lengths()) {
-        auto v = small_ints<double>(n, 40 + n);
-        for (size_t off : offsets()) {
+// In place (below 32 elements or off a multiple of 8) the result is a plain
+// loop's: the lowest index among equal maxima, +0.0 and -0.0 tying, and a
+// NaN winning only at index 0, where it stays. The two-pass kernel takes a
+// packed maximum and then the first element with its bits.
+TEST_P(MaxIndxTest, LowestIndexNaNAndSignedZerosByPath) {
+    each_case([&](int n, size_t off) {
+        for (unsigned seed : {1u, 2u, 3u}) {
+            auto v = seed == 1 ? small_ints<double>(n, 40 + n) : with_specials(n, seed * 1000 + n);
+            if (seed == 3) v[0] = kNaN;
             Placed<double> a(v, off);
             double m, want;
             int index = -1, wantIndex;
             ASSERT_EQ(GetParam().fn(a.data(), n, &m, &index), orvStsNoErr);
-            first_max(v, want, wantIndex);
-            ASSERT_EQ(m, want) << "len " << n << " offset " << off;
-            ASSERT_EQ(index, wantIndex) << "len " << n << " offset " << off;
+            if (off % 8 != 0 || n < 32 || seed == 1) {
+                first_max(v, want, wantIndex);
+            } else if (GetParam().tier != "e9") {
+                model_maxindx_kernel(v, a.address(), want, wantIndex);
+            } else {
+                want = m;
+                wantIndex = first_bits(v, m);
+            }
+            ASSERT_TRUE(same_bits(m, want)) << "seed " << seed;
+            ASSERT_EQ(index, wantIndex) << "seed " << seed;
         }
-    }
+    });
     for (int n : {4, 31, 32, 33}) {
         std::vector<double> v(n, 0.5);
         v[0] = 1, v[1] = 3, v[2] = 3, v[3] = 2;
@@ -140,40 +133,6 @@ TEST_P(MaxIndxTest, LowestIndexOfTheMaximum) {
             int index;
             GetParam().fn(a.data(), n, &m, &index);
             EXPECT_EQ(index, 1) << "len " << n << " offset " << off;
-        }
-    }
-}
-
-// In place, a NaN never wins unless at index 0, where it stays, and +0.0 and
-// -0.0 tie; the kernel compares bit patterns after a packed maximum.
-TEST_P(MaxIndxTest, NaNAndSignedZerosByPath) {
-    const bool modelledKernel = GetParam().tier != "e9";
-    for (int n : short_lengths()) {
-        for (unsigned seed : {1u, 2u, 3u}) {
-            auto v = with_specials(n, seed * 1000 + n);
-            if (seed == 3) v[0] = kNaN;
-            for (size_t off : offsets()) {
-                Placed<double> a(v, off);
-                double m;
-                int index = -1;
-                ASSERT_EQ(GetParam().fn(a.data(), n, &m, &index), orvStsNoErr);
-                const bool kernel = off % 8 == 0 && n >= 32;
-                if (!kernel) {
-                    double want;
-                    int wantIndex;
-                    first_max(v, want, wantIndex);
-                    ASSERT_TRUE(same_bits(m, want)) << "len " << n << " offset " << off;
-                    ASSERT_EQ(index, wantIndex) << "len " << n << " offset " << off;
-                } else if (modelledKernel) {
-                    double want;
-                    int wantIndex;
-                    model_maxindx_kernel(v, a.address(), want, wantIndex);
-                    ASSERT_TRUE(same_bits(m, want)) << "len " << n << " offset " << off;
-                    ASSERT_EQ(index, wantIndex) << "len " << n << " offset " << off;
-                } else {
-                    ASSERT_EQ(index, first_bits(v, m)) << "len " << n << " offset " << off;
-                }
-            }
         }
     }
 }
@@ -198,25 +157,19 @@ TEST_P(MaxIndxTest, NullIndexMeansMax) {
 }
 
 TEST_P(MinMaxTest, BothExtremes) {
-    const bool modelled = GetParam().tier != "e9";
-    for (int n : short_lengths()) {
-        auto v = mixed<double>(n, 7 * n);
-        auto s = with_specials(n, 11 * n);
-        for (size_t off : offsets()) {
-            Placed<double> a(v, off);
-            double mn, mx;
-            ASSERT_EQ(GetParam().fn(a.data(), n, &mn, &mx), orvStsNoErr);
-            ASSERT_EQ(mn, *std::min_element(v.begin(), v.end())) << "len " << n << " offset " << off;
-            ASSERT_EQ(mx, *std::max_element(v.begin(), v.end())) << "len " << n << " offset " << off;
-            if (!modelled) continue;
-            Placed<double> b(s, off);
-            double wantMin, wantMax;
-            GetParam().fn(b.data(), n, &mn, &mx);
-            model_minmax_64f(s, wantMin, wantMax);
-            ASSERT_TRUE(same_bits(mn, wantMin)) << "len " << n << " offset " << off;
-            ASSERT_TRUE(same_bits(mx, wantMax)) << "len " << n << " offset " << off;
-        }
-    }
+    each_case([&](int n, size_t off) {
+        auto v = mixed<double>(n, 7 * n), s = with_specials(n, 11 * n);
+        Placed<double> a(v, off), b(s, off);
+        double mn, mx, wantMin, wantMax;
+        ASSERT_EQ(GetParam().fn(a.data(), n, &mn, &mx), orvStsNoErr);
+        ASSERT_EQ(mn, *std::min_element(v.begin(), v.end()));
+        ASSERT_EQ(mx, *std::max_element(v.begin(), v.end()));
+        if (GetParam().tier == "e9") return;
+        GetParam().fn(b.data(), n, &mn, &mx);
+        model_minmax_64f(s, wantMin, wantMax);
+        ASSERT_TRUE(same_bits(mn, wantMin));
+        ASSERT_TRUE(same_bits(mx, wantMax));
+    });
     double x[1] = {1}, keep = 7;
     EXPECT_EQ(GetParam().fn(x, 1, nullptr, &keep), orvStsNullPtrErr);
     EXPECT_EQ(GetParam().fn(x, 1, &keep, nullptr), orvStsNullPtrErr);
@@ -235,20 +188,18 @@ TEST_P(MinMaxIndxTest, FirstIndicesOfTheExtremes) {
             if (v[i] == x) return static_cast<int>(i);
         return 0;
     };
-    for (int n : short_lengths()) {
+    each_case([&](int n, size_t off) {
         auto v = with_specials(n, 13 * n);
-        for (size_t off : offsets()) {
-            Placed<double> a(v, off);
-            double mn, mx, wantMin, wantMax;
-            int iMin = -1, iMax = -1;
-            ASSERT_EQ(GetParam().fn(a.data(), n, &mn, &iMin, &mx, &iMax), orvStsNoErr);
-            it->fn(a.data(), n, &wantMin, &wantMax);
-            ASSERT_TRUE(same_bits(mn, wantMin));
-            ASSERT_TRUE(same_bits(mx, wantMax));
-            ASSERT_EQ(iMin, first_equal(v, mn)) << "len " << n << " offset " << off;
-            ASSERT_EQ(iMax, first_equal(v, mx)) << "len " << n << " offset " << off;
-        }
-    }
+        Placed<double> a(v, off);
+        double mn, mx, wantMin, wantMax;
+        int iMin = -1, iMax = -1;
+        ASSERT_EQ(GetParam().fn(a.data(), n, &mn, &iMin, &mx, &iMax), orvStsNoErr);
+        it->fn(a.data(), n, &wantMin, &wantMax);
+        ASSERT_TRUE(same_bits(mn, wantMin));
+        ASSERT_TRUE(same_bits(mx, wantMax));
+        ASSERT_EQ(iMin, first_equal(v, mn));
+        ASSERT_EQ(iMax, first_equal(v, mx));
+    });
     // The last lane's NaN survives both the maximum and the minimum.
     double nan4[4] = {1, 2, 3, kNaN}, mn, mx;
     int iMin = -1, iMax = -1;
