@@ -46,6 +46,44 @@ ORV_API OrvStatus orvsConvert_32f8u_Sfs(const Orv32f* pSrc, Orv8u* pDst, int len
 ORV_API OrvStatus orvsConvert_32f16s_Sfs(const Orv32f* pSrc, Orv16s* pDst, int len, int rndMode, int scaleFactor);
 ORV_API OrvStatus orvsConvert_32f16u_Sfs(const Orv32f* pSrc, Orv16u* pDst, int len, int rndMode, int scaleFactor);
 
+/* ---- Reductions ----------------------------------------------------------
+ * Pointers are checked in argument order (null: orvStsNullPtrErr), then
+ * len < 1 gives orvStsSizeErr; nothing is written on failure. The order of
+ * summation is fixed per tier, so results are reproducible bit for bit for
+ * a tier, an input and an alignment, and may differ between tiers in the
+ * last bits. */
+
+/* Sum of len floats, returned as float. hint orvAlgHintFast sums in single
+ * precision within blocks of 32768 elements joined in double; any other
+ * value sums in double. */
+ORV_API OrvStatus orvsSum_32f(const Orv32f* pSrc, int len, Orv32f* pSum, OrvHintAlgorithm hint);
+ORV_API OrvStatus orvsSum_64f(const Orv64f* pSrc, int len, Orv64f* pSum);
+/* The tier's sum divided once by len. */
+ORV_API OrvStatus orvsMean_64f(const Orv64f* pSrc, int len, Orv64f* pMean);
+/* Extremes by packed maximum and minimum: a NaN is not treated specially
+ * and survives or is dropped by its position. */
+ORV_API OrvStatus orvsMax_64f(const Orv64f* pSrc, int len, Orv64f* pMax);
+ORV_API OrvStatus orvsMinMax_64f(const Orv64f* pSrc, int len, Orv64f* pMin, Orv64f* pMax);
+/* Largest element and its lowest index. A null pIndx makes the call
+ * orvsMax_64f. */
+ORV_API OrvStatus orvsMaxIndx_64f(const Orv64f* pSrc, int len, Orv64f* pMax, int* pIndx);
+/* Extremes and the first index comparing equal to each (0 if none, as for a
+ * NaN extreme). Pointers are checked in the order pSrc, pMin, pMax,
+ * pMinIndx, pMaxIndx. */
+ORV_API OrvStatus orvsMinMaxIndx_64f(const Orv64f* pSrc, int len, Orv64f* pMin, int* pMinIndx, Orv64f* pMax,
+                                     int* pMaxIndx);
+ORV_API OrvStatus orvsDotProd_64f(const Orv64f* pSrc1, const Orv64f* pSrc2, int len, Orv64f* pDp);
+/* Float sources widened to double before each product; the sum is in
+ * double. */
+ORV_API OrvStatus orvsDotProd_32f64f(const Orv32f* pSrc1, const Orv32f* pSrc2, int len, Orv64f* pDp);
+
+/* ---- Thresholds ------------------------------------------------------------
+ * pDst[n] = valueGT if levelGT < x, else x if levelLT <= x, else valueLT
+ * (so a NaN becomes valueLT). Checks: null pointers, len < 1, then
+ * levelLT > levelGT (orvStsThresholdErr). pSrc may equal pDst. */
+ORV_API OrvStatus orvsThreshold_LTValGTVal_64f(const Orv64f* pSrc, Orv64f* pDst, int len, Orv64f levelLT,
+                                               Orv64f valueLT, Orv64f levelGT, Orv64f valueGT);
+
 ORV_EXTERN_C_END
 
 #include "orvtiers.h"

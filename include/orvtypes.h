@@ -32,6 +32,11 @@ typedef double Orv64f;
 typedef struct { Orv32f re; Orv32f im; } Orv32fc;
 typedef struct { Orv64f re; Orv64f im; } Orv64fc;
 
+/* Algorithm hint: a plain 32-bit value; functions that take one name what
+ * each value selects. */
+typedef int32_t OrvHintAlgorithm;
+enum { orvAlgHintNone = 0, orvAlgHintFast = 1, orvAlgHintAccurate = 2 };
+
 /* Width then height, in pixels. */
 typedef struct { int width; int height; } OrviSize;
 /* x then y. */
