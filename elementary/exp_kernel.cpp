@@ -6,7 +6,6 @@
 #include <emmintrin.h>
 
 #include <cstdint>
-#include <cstring>
 
 #include "internal/orv_tier.h"
 
@@ -14,22 +13,6 @@ namespace orv::ORV_TIER_NS {
 namespace {
 
 inline __m128d splat(uint64_t bits) { return _mm_castsi128_pd(_mm_set1_epi64x(static_cast<long long>(bits))); }
-
-inline uint64_t bits_of(double x) {
-    uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
-inline double double_of(uint64_t b) {
-    double x;
-    std::memcpy(&x, &b, sizeof x);
-    return x;
-}
-inline uint32_t bits_of(float x) {
-    uint32_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
 
 constexpr uint64_t kInvLn2 = 0x3FF71547652B82FE;
 constexpr uint64_t kLn2Hi = 0x3FE62E42FEE00000;
@@ -91,13 +74,13 @@ struct Src64 {
     using T = Orv64f;
     static __m128d load2(const T* p) { return _mm_loadu_pd(p); }
     // The word that the pair fix-ups test: high word, masked.
-    static uint32_t pair_word(T x) { return static_cast<uint32_t>(bits_of(x) >> 32) & 0x7FF80000; }
+    static uint32_t pair_word(T x) { return static_cast<uint32_t>(__builtin_bit_cast(uint64_t, x) >> 32) & 0x7FF80000; }
     static constexpr uint32_t kPairInf = 0x7FF00000, kPairQNaN = 0x7FF80000;
     // A quiet NaN in the second lane writes its NaN into the first lane's slot.
     static constexpr bool kNaNToFirstSlot = true;
     // The last element's test reads the high word against those of ln_max and
     // ln_min's magnitude.
-    static int32_t last_word(T x) { return static_cast<int32_t>(bits_of(x) >> 32); }
+    static int32_t last_word(T x) { return static_cast<int32_t>(__builtin_bit_cast(uint64_t, x) >> 32); }
     static constexpr int32_t kLastMax = 0x40862E42, kLastMin = 0x40862326;
 };
 
@@ -106,12 +89,12 @@ struct Src32 {
     static __m128d load2(const T* p) {
         return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
     }
-    static uint32_t pair_word(T x) { return bits_of(x) & 0x7FC00000; }
+    static uint32_t pair_word(T x) { return __builtin_bit_cast(uint32_t, x) & 0x7FC00000; }
     static constexpr uint32_t kPairInf = 0x7F800000, kPairQNaN = 0x7FC00000;
     static constexpr bool kNaNToFirstSlot = false;
     // The float's own bits against ln_max_T and ln_min_T; the NaN thresholds
     // stay those of a double's high word, so a float NaN counts as too large.
-    static int32_t last_word(T x) { return static_cast<int32_t>(bits_of(x)); }
+    static int32_t last_word(T x) { return static_cast<int32_t>(__builtin_bit_cast(uint32_t, x)); }
     static constexpr int32_t kLastMax = 0x44317218, kLastMin = 0x44311937;
 };
 
@@ -132,13 +115,14 @@ void exp_kernel(const typename Src::T* pSrc, Orv64f* pDst, int len) {
         double out[2];
         _mm_storeu_pd(out, y);
         for (int l = 0; l < 2; ++l)
-            if (below >> l & 1) out[l] = Src::pair_word(in[l]) >= Src::kPairInf ? double_of(kQNaN) : 0.0;
+            if (below >> l & 1)
+                out[l] = Src::pair_word(in[l]) >= Src::kPairInf ? __builtin_bit_cast(double, kQNaN) : 0.0;
         for (int l = 0; l < 2; ++l) {
             if (!(above >> l & 1)) continue;
             if (Src::pair_word(in[l]) >= Src::kPairQNaN)
-                out[Src::kNaNToFirstSlot ? 0 : l] = double_of(kQNaN);
+                out[Src::kNaNToFirstSlot ? 0 : l] = __builtin_bit_cast(double, kQNaN);
             else
-                out[l] = double_of(kInf);
+                out[l] = __builtin_bit_cast(double, kInf);
         }
         _mm_storeu_pd(pDst + i, _mm_loadu_pd(out));
     }
@@ -147,9 +131,9 @@ void exp_kernel(const typename Src::T* pSrc, Orv64f* pDst, int len) {
         const int32_t a = h & 0x7FFFFFFF;
         double y;
         if (h >= Src::kLastMax)
-            y = double_of(h >= static_cast<int32_t>(kQNaNHigh) ? kQNaN : kInf);
+            y = __builtin_bit_cast(double, h >= static_cast<int32_t>(kQNaNHigh) ? kQNaN : kInf);
         else if (a >= Src::kLastMin)
-            y = a >= static_cast<int32_t>(kQNaNHigh) ? double_of(kNegQNaN) : 0.0;
+            y = a >= static_cast<int32_t>(kQNaNHigh) ? __builtin_bit_cast(double, kNegQNaN) : 0.0;
         else
             y = _mm_cvtsd_f64(exp_pair(_mm_set_sd(static_cast<double>(pSrc[i]))));
         pDst[i] = y;

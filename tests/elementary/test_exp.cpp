@@ -11,6 +11,7 @@
 
 #include "elementary/fp_util.h"
 #include "internal/orv_kernels.h"
+#include "orvs.h"
 #include "support/guarded.h"
 #include "support/tier_registry.h"
 
@@ -22,7 +23,7 @@ using ExpFn = TierFn<decltype(orvsExp_64f)>;
 using Exp32Fn = TierFn<decltype(ownsExp32f64f_M7)>;
 
 constexpr double kMaxUlp = 1.0;
-constexpr double kPairTop = 709.43;         // k stays at most 1023 below this
+constexpr double kPairTop = 709.43;          // k stays at most 1023 below this
 constexpr double kLastTop = 708.3935546875;  // magnitude from which the last element gives 0
 const double kLnMin = from_bits(0xC0862326D6B1DE07);
 const double kInf = std::numeric_limits<double>::infinity();
@@ -42,7 +43,8 @@ double max_ulp(Fn* fn, double lo, double hi, bool pairs) {
     else
         for (size_t i = 0; i < x.size(); ++i) fn(&x[i], &y[i], 1);
     double worst = 0;
-    for (size_t i = 0; i < x.size(); ++i) worst = std::max(worst, ulp_error(y[i], expl(static_cast<long double>(x[i]))));
+    for (size_t i = 0; i < x.size(); ++i)
+        worst = std::max(worst, ulp_error(y[i], expl(static_cast<long double>(x[i]))));
     return worst;
 }
 
@@ -58,9 +60,15 @@ constexpr uint64_t kOneB = 0x3FF0000000000000, kInfB = 0x7FF0000000000000, kQNaN
 
 void check(double y, double x, Expect e) {
     switch (e.kind) {
-    case Expect::Bits: EXPECT_EQ(bits(y), e.b) << y; break;
-    case Expect::NaN: EXPECT_TRUE(std::isnan(y)) << y; break;
-    case Expect::Ref: EXPECT_LE(ulp_error(y, expl(static_cast<long double>(x))), kMaxUlp) << y; break;
+        case Expect::Bits:
+            EXPECT_EQ(bits(y), e.b) << y;
+            break;
+        case Expect::NaN:
+            EXPECT_TRUE(std::isnan(y)) << y;
+            break;
+        case Expect::Ref:
+            EXPECT_LE(ulp_error(y, expl(static_cast<long double>(x))), kMaxUlp) << y;
+            break;
     }
 }
 
@@ -72,22 +80,22 @@ struct Special {
 // high word of x and of |x|, and so differs for large positive x, -inf and
 // NaNs.
 const Special kSpecials[] = {
-    {0x0000000000000000, bitsOf(kOneB), bitsOf(kOneB)},         // 0
-    {0x8000000000000000, bitsOf(kOneB), bitsOf(kOneB)},         // -0
-    {0x16687e92154ef7ac, bitsOf(kOneB), bitsOf(kOneB)},         // 1e-200: r * c underflows
-    {0x4086300000000000, bitsOf(kInfB), bitsOf(kInfB)},         // 710
-    {0x40862c0000000000, bitsOf(kInfB), bitsOf(0)},             // 709.5: k = 1024 in a pair
-    {0x4086280000000000, kRef, bitsOf(0)},                      // 709.0
-    {0x4086233333333333, kRef, bitsOf(0)},                      // 708.4
-    {0xc086226666666666, kRef, kRef},                           // -708.3: subnormal result
-    {0xc086233333333333, bitsOf(0), bitsOf(0)},                 // -708.4
-    {0xc086232617c1bda5, kRef, bitsOf(0)},                      // -708.3936
-    {0x7FF0000000000000, bitsOf(kInfB), bitsOf(kInfB)},         // +inf
-    {0xFFF0000000000000, bitsOf(kQNaNB), bitsOf(0)},            // -inf
-    {0x7FF8000000000000, bitsOf(kQNaNB), bitsOf(kQNaNB)},       // quiet NaN
-    {0xFFF8000000000001, bitsOf(kQNaNB), bitsOf(kNegQNaNB)},    // negative quiet NaN
-    {0x7FF0000000000001, bitsOf(kInfB), bitsOf(kInfB)},         // signalling NaN
-    {0xFFF0000000000001, bitsOf(kInfB), bitsOf(0)},             // negative signalling NaN
+    {0x0000000000000000, bitsOf(kOneB), bitsOf(kOneB)},       // 0
+    {0x8000000000000000, bitsOf(kOneB), bitsOf(kOneB)},       // -0
+    {0x16687e92154ef7ac, bitsOf(kOneB), bitsOf(kOneB)},       // 1e-200: r * c underflows
+    {0x4086300000000000, bitsOf(kInfB), bitsOf(kInfB)},       // 710
+    {0x40862c0000000000, bitsOf(kInfB), bitsOf(0)},           // 709.5: k = 1024 in a pair
+    {0x4086280000000000, kRef, bitsOf(0)},                    // 709.0
+    {0x4086233333333333, kRef, bitsOf(0)},                    // 708.4
+    {0xc086226666666666, kRef, kRef},                         // -708.3: near the least normal
+    {0xc086233333333333, bitsOf(0), bitsOf(0)},               // -708.4
+    {0xc086232617c1bda5, kRef, bitsOf(0)},                    // -708.3936
+    {0x7FF0000000000000, bitsOf(kInfB), bitsOf(kInfB)},       // +inf
+    {0xFFF0000000000000, bitsOf(kQNaNB), bitsOf(0)},          // -inf
+    {0x7FF8000000000000, bitsOf(kQNaNB), bitsOf(kQNaNB)},     // quiet NaN
+    {0xFFF8000000000001, bitsOf(kQNaNB), bitsOf(kNegQNaNB)},  // negative quiet NaN
+    {0x7FF0000000000001, bitsOf(kInfB), bitsOf(kInfB)},       // signalling NaN
+    {0xFFF0000000000001, bitsOf(kInfB), bitsOf(0)},           // negative signalling NaN
 };
 
 class Exp : public ::testing::TestWithParam<ExpFn> {};
@@ -202,8 +210,8 @@ TEST_P(Exp32f, AccuracyAndSpecials) {
         float x;
         Expect pair, last;
     } cases[] = {
-        {0.0f, bitsOf(kOneB), bitsOf(kOneB)}, {709.5f, bitsOf(kInfB), bitsOf(0)},
-        {-inf, bitsOf(kQNaNB), bitsOf(0)},    {inf, bitsOf(kInfB), bitsOf(kInfB)},
+        {0.0f, bitsOf(kOneB), bitsOf(kOneB)},  {709.5f, bitsOf(kInfB), bitsOf(0)},
+        {-inf, bitsOf(kQNaNB), bitsOf(0)},     {inf, bitsOf(kInfB), bitsOf(kInfB)},
         {qnan, bitsOf(kQNaNB), bitsOf(kInfB)}, {negQnan, bitsOf(kQNaNB), bitsOf(0)},
         {snan, bitsOf(kInfB), bitsOf(kInfB)},
     };
