@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "elementary/unaligned.h"
 #include "internal/orv_tier.h"
 
 namespace orv::ORV_TIER_NS {
@@ -111,7 +112,7 @@ void exp_kernel(const typename Src::T* pSrc, Orv64f* pDst, int len) {
             _mm_storeu_pd(pDst + i, y);
             continue;
         }
-        const typename Src::T in[2] = {pSrc[i], pSrc[i + 1]};
+        const typename Src::T in[2] = {load(pSrc + i), load(pSrc + i + 1)};
         double out[2];
         _mm_storeu_pd(out, y);
         for (int l = 0; l < 2; ++l)
@@ -127,7 +128,8 @@ void exp_kernel(const typename Src::T* pSrc, Orv64f* pDst, int len) {
         _mm_storeu_pd(pDst + i, _mm_loadu_pd(out));
     }
     if (i < len) {
-        const int32_t h = Src::last_word(pSrc[i]);
+        const typename Src::T x = load(pSrc + i);
+        const int32_t h = Src::last_word(x);
         const int32_t a = h & 0x7FFFFFFF;
         double y;
         if (h >= Src::kLastMax)
@@ -135,8 +137,8 @@ void exp_kernel(const typename Src::T* pSrc, Orv64f* pDst, int len) {
         else if (a >= Src::kLastMin)
             y = a >= static_cast<int32_t>(kQNaNHigh) ? __builtin_bit_cast(double, kNegQNaN) : 0.0;
         else
-            y = _mm_cvtsd_f64(exp_pair(_mm_set_sd(static_cast<double>(pSrc[i]))));
-        pDst[i] = y;
+            y = _mm_cvtsd_f64(exp_pair(_mm_set_sd(static_cast<double>(x))));
+        store(pDst + i, y);
     }
     // Invalid and underflow arise from out-of-range lanes and tiny r; the
     // kernel never leaves them set, even if they were set on entry.

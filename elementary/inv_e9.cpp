@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "elementary/unaligned.h"
 #include "internal/orv_tier.h"
 
 namespace orv::ORV_TIER_NS {
@@ -52,12 +53,12 @@ inline bool bad_one(double x) {
 // True division for a bad element; a zero goes past the error hook, which may
 // replace the stored infinity.
 inline double inv_bad(const Orv64f* pSrc, Orv64f* pDst, int pos, OrvStatus& status) {
-    const double x = pSrc[pos];
+    const double x = load(pSrc + pos);
     double r = 1.0 / x;
     if (x == 0.0) {
-        pDst[pos] = r;
+        store(pDst + pos, r);
         ORV_T(vqkdError)(orvStsSingularity, pos, pSrc, pSrc, pDst, pDst, kThisFuncName);
-        r = pDst[pos];
+        r = load(pDst + pos);
         status = orvStsSingularity;
     }
     return r;
@@ -101,15 +102,15 @@ ORV_TIER_API OrvStatus ORV_T(orvsInv_64f_A26)(const Orv64f* pSrc, Orv64f* pDst, 
         for (int j = 0; j < 4; ++j) _mm256_storeu_pd(pDst + i + 4 * j, res[j]);
     }
     for (; i < len; ++i) {
-        const double x = pSrc[i];
+        const double x = load(pSrc + i);
         if (bad_one(x)) {
-            pDst[i] = inv_bad(pSrc, pDst, i, status);
+            store(pDst + i, inv_bad(pSrc, pDst, i, status));
             continue;
         }
         const double m = __builtin_bit_cast(double, (__builtin_bit_cast(uint64_t, x) & kSignMantissa) | kOne);
         const double m2 = m * m, m4 = m2 * m2, m3 = m * m2;
         const double s = __builtin_bit_cast(double, kScaleBase - (__builtin_bit_cast(uint64_t, x) & kExponent));
-        pDst[i] = s * ((1.0 / m4) * m3);
+        store(pDst + i, s * ((1.0 / m4) * m3));
     }
     return status;
 }
