@@ -2,8 +2,9 @@
 // exp(r) with k = round(x / ln 2), r = x - k ln 2 in two parts, and exp(r)
 // from a rational approximation; no tables. Elements go in pairs; the pair
 // and the last odd element screen out-of-range input in different ways, and
-// both ways are part of the contract.
-#include <emmintrin.h>
+// both ways are part of the contract. e9 takes two pairs per step in 256-bit
+// registers, lane for lane the same operations.
+#include <immintrin.h>
 
 #include <cstdint>
 
@@ -13,7 +14,37 @@
 namespace orv::ORV_TIER_NS {
 namespace {
 
-inline __m128d splat(uint64_t bits) { return _mm_castsi128_pd(_mm_set1_epi64x(static_cast<long long>(bits))); }
+typedef double v2d __attribute__((vector_size(16)));
+typedef double v4d __attribute__((vector_size(32)));
+typedef int64_t v2l __attribute__((vector_size(16)));
+typedef int64_t v4l __attribute__((vector_size(32)));
+typedef int32_t v4i __attribute__((vector_size(16)));
+typedef float v2f __attribute__((vector_size(8)));
+typedef float v4f __attribute__((vector_size(16)));
+
+// The integer and float views of a vector of doubles.
+template <class D>
+struct Lanes;
+template <>
+struct Lanes<v2d> {
+    using L = v2l;
+    using F = v2f;
+};
+template <>
+struct Lanes<v4d> {
+    using L = v4l;
+    using F = v4f;
+};
+
+template <class D>
+inline int movemask(typename Lanes<D>::L m) {
+    if constexpr (sizeof(D) == 32)
+        return _mm256_movemask_pd(reinterpret_cast<__m256d>(m));
+    else
+        return _mm_movemask_pd(reinterpret_cast<__m128d>(m));
+}
+
+inline constexpr double d(uint64_t bits) { return __builtin_bit_cast(double, bits); }
 
 constexpr uint64_t kInvLn2 = 0x3FF71547652B82FE;
 constexpr uint64_t kLn2Hi = 0x3FE62E42FEE00000;
@@ -34,46 +65,61 @@ constexpr uint64_t kNegQNaN = 0xFFF8000000000000;
 constexpr uint64_t kInf = 0x7FF0000000000000;
 constexpr uint32_t kQNaNHigh = 0x7FF80000;  // quiet-NaN threshold of the last-element test
 
-// exp of both lanes, whatever their values; out-of-range lanes are fixed up by
-// the callers.
-inline __m128d exp_pair(__m128d x) {
-    const __m128d sign = splat(kSign), one = splat(kOne);
-    // Adding +-2^52 rounds x / ln 2 to the integer k, left in the low bits of t.
-    const __m128d cs = _mm_or_pd(_mm_and_pd(x, sign), splat(kC0));
-    const __m128d t = _mm_add_pd(_mm_mul_pd(x, splat(kInvLn2)), cs);
-    const __m128d kd = _mm_sub_pd(t, cs);
-    const __m128d hi = _mm_sub_pd(x, _mm_mul_pd(kd, splat(kLn2Hi)));
-    const __m128d lo = _mm_mul_pd(kd, splat(kLn2Lo));
-    const __m128d r = _mm_sub_pd(hi, lo);
-    const __m128d u = _mm_mul_pd(r, r);
-    __m128d p = splat(kDp5);
-    p = _mm_add_pd(splat(kDp4), _mm_mul_pd(u, p));
-    p = _mm_add_pd(splat(kDp3), _mm_mul_pd(u, p));
-    p = _mm_add_pd(splat(kDp2), _mm_mul_pd(u, p));
-    p = _mm_add_pd(splat(kDp1), _mm_mul_pd(u, p));
-    const __m128d c = _mm_sub_pd(r, _mm_mul_pd(u, p));
-    const __m128d num = _mm_mul_pd(r, c);
-    // num == 0 (x == 0, or r so small that r * c underflows): the result is
-    // exactly 1; the OR keeps the division clear of 0 / 0.
-    const __m128d exact = _mm_cmpeq_pd(num, _mm_setzero_pd());
-    const __m128d den = _mm_or_pd(_mm_sub_pd(splat(kTwo), c), _mm_and_pd(exact, one));
-    const __m128d q = _mm_div_pd(num, den);
-    const __m128d m = _mm_add_pd(one, _mm_xor_pd(_mm_sub_pd(_mm_sub_pd(lo, q), hi), sign));
-    // 2^k: |k| from the low word of t, negated for negative t, moved into the
-    // exponent field of 1.0. Nothing caps k = 1024, which gives infinity.
-    const __m128i ti = _mm_castpd_si128(t);
-    const __m128i neg = _mm_shuffle_epi32(_mm_srai_epi32(ti, 31), _MM_SHUFFLE(3, 3, 1, 1));
-    const __m128i k = _mm_sub_epi32(_mm_xor_si128(ti, neg), neg);
-    const __m128i scale = _mm_add_epi32(_mm_castpd_si128(one), _mm_slli_epi64(k, 52));
-    const __m128d res = _mm_mul_pd(m, _mm_castsi128_pd(scale));
-    return _mm_or_pd(_mm_and_pd(exact, one), _mm_andnot_pd(exact, res));
+// 2^k: |k| from the low word of t, negated for negative t, moved into the
+// exponent field of 1.0 by 32-bit addition. Nothing caps k = 1024, which
+// gives infinity.
+// AVX has no 256-bit integer operations: a vector of four goes by halves.
+template <class D>
+inline D scale_of(D t) {
+    if constexpr (sizeof(D) == 32) {
+        const __m256d v = reinterpret_cast<__m256d>(t);
+        const v2d lo = scale_of(reinterpret_cast<v2d>(_mm256_castpd256_pd128(v)));
+        const v2d hi = scale_of(reinterpret_cast<v2d>(_mm256_extractf128_pd(v, 1)));
+        return reinterpret_cast<D>(_mm256_insertf128_pd(_mm256_castpd128_pd256(reinterpret_cast<__m128d>(lo)),
+                                                        reinterpret_cast<__m128d>(hi), 1));
+    } else {
+        const v4i ti = reinterpret_cast<v4i>(t);
+        const v4i neg = __builtin_shuffle(ti >> 31, v4i{1, 1, 3, 3});
+        const v4i k = (ti ^ neg) - neg;
+        const v4i one = reinterpret_cast<v4i>(v2l{} + static_cast<int64_t>(kOne));
+        return reinterpret_cast<D>(one + reinterpret_cast<v4i>(reinterpret_cast<v2l>(k) << 52));
+    }
 }
 
-// What distinguishes the float-source kernel: how elements load, and the bit
-// tests of the out-of-range fix-ups.
+// exp of every lane, whatever its value; out-of-range lanes are fixed up by
+// the callers.
+template <class D>
+inline D exp_lanes(D x) {
+    using L = typename Lanes<D>::L;
+    const L sign = L{} + static_cast<int64_t>(kSign), one = L{} + static_cast<int64_t>(kOne);
+    // Adding +-2^52 rounds x / ln 2 to the integer k, left in the low bits of t.
+    const D cs = reinterpret_cast<D>((reinterpret_cast<L>(x) & sign) | static_cast<int64_t>(kC0));
+    const D t = x * d(kInvLn2) + cs;
+    const D kd = t - cs;
+    const D hi = x - kd * d(kLn2Hi);
+    const D lo = kd * d(kLn2Lo);
+    const D r = hi - lo;
+    const D u = r * r;
+    D p = d(kDp4) + u * d(kDp5);
+    p = d(kDp3) + u * p;
+    p = d(kDp2) + u * p;
+    p = d(kDp1) + u * p;
+    const D c = r - u * p;
+    const D num = r * c;
+    // num == 0 (x == 0, or r so small that r * c underflows): the result is
+    // exactly 1; the OR keeps the division clear of 0 / 0.
+    const L exact = num == D{};
+    const D den = reinterpret_cast<D>(reinterpret_cast<L>(d(kTwo) - c) | (exact & one));
+    const D q = num / den;
+    const D m = d(kOne) + reinterpret_cast<D>(reinterpret_cast<L>((lo - q) - hi) ^ sign);
+    const D res = m * scale_of(t);
+    return reinterpret_cast<D>((exact & one) | (~exact & reinterpret_cast<L>(res)));
+}
+
+// What distinguishes the float-source kernel: the bit tests of the
+// out-of-range fix-ups.
 struct Src64 {
     using T = Orv64f;
-    static __m128d load2(const T* p) { return _mm_loadu_pd(p); }
     // The word that the pair fix-ups test: high word, masked.
     static uint32_t pair_word(T x) { return static_cast<uint32_t>(__builtin_bit_cast(uint64_t, x) >> 32) & 0x7FF80000; }
     static constexpr uint32_t kPairInf = 0x7FF00000, kPairQNaN = 0x7FF80000;
@@ -87,9 +133,6 @@ struct Src64 {
 
 struct Src32 {
     using T = Orv32f;
-    static __m128d load2(const T* p) {
-        return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
-    }
     static uint32_t pair_word(T x) { return __builtin_bit_cast(uint32_t, x) & 0x7FC00000; }
     static constexpr uint32_t kPairInf = 0x7F800000, kPairQNaN = 0x7FC00000;
     static constexpr bool kNaNToFirstSlot = false;
@@ -99,45 +142,57 @@ struct Src32 {
     static constexpr int32_t kLastMax = 0x44317218, kLastMin = 0x44311937;
 };
 
+// One step of the pair path: N / 2 pairs, screened by x < ln_min and
+// !(x <= ln_max) and fixed up pair by pair, lane by lane.
+template <class D, class Src>
+inline void exp_step(const typename Src::T* pSrc, Orv64f* pDst) {
+    using L = typename Lanes<D>::L;
+    constexpr int kN = sizeof(D) / sizeof(double);
+    D x;
+    if constexpr (sizeof(typename Src::T) == sizeof(double)) {
+        __builtin_memcpy(&x, pSrc, sizeof x);
+    } else {
+        typename Lanes<D>::F f;
+        __builtin_memcpy(&f, pSrc, sizeof f);
+        x = __builtin_convertvector(f, D);
+    }
+    const L below = x < d(kLnMin);
+    const L above = ~(x <= d(kLnMax));  // NaN too
+    D y = exp_lanes(x);
+    if (movemask<D>(below | above)) {
+        for (int l = 0; l < kN; l += 2) {
+            const typename Src::T in[2] = {load(pSrc + l), load(pSrc + l + 1)};
+            for (int j = 0; j < 2; ++j)
+                if (below[l + j]) y[l + j] = Src::pair_word(in[j]) >= Src::kPairInf ? d(kQNaN) : 0.0;
+            for (int j = 0; j < 2; ++j) {
+                if (!above[l + j]) continue;
+                if (Src::pair_word(in[j]) >= Src::kPairQNaN)
+                    y[Src::kNaNToFirstSlot ? l : l + j] = d(kQNaN);
+                else
+                    y[l + j] = d(kInf);
+            }
+        }
+    }
+    __builtin_memcpy(pDst, &y, sizeof y);
+}
+
 template <class Src>
 void exp_kernel(const typename Src::T* pSrc, Orv64f* pDst, int len) {
-    const __m128d lnMin = splat(kLnMin), lnMax = splat(kLnMax);
     int i = 0;
-    for (; i + 2 <= len; i += 2) {
-        const __m128d x = Src::load2(pSrc + i);
-        const int below = _mm_movemask_pd(_mm_cmplt_pd(x, lnMin));
-        const int above = _mm_movemask_pd(_mm_cmpnle_pd(x, lnMax));  // NaN too
-        const __m128d y = exp_pair(x);
-        if ((below | above) == 0) {
-            _mm_storeu_pd(pDst + i, y);
-            continue;
-        }
-        const typename Src::T in[2] = {load(pSrc + i), load(pSrc + i + 1)};
-        double out[2];
-        _mm_storeu_pd(out, y);
-        for (int l = 0; l < 2; ++l)
-            if (below >> l & 1)
-                out[l] = Src::pair_word(in[l]) >= Src::kPairInf ? __builtin_bit_cast(double, kQNaN) : 0.0;
-        for (int l = 0; l < 2; ++l) {
-            if (!(above >> l & 1)) continue;
-            if (Src::pair_word(in[l]) >= Src::kPairQNaN)
-                out[Src::kNaNToFirstSlot ? 0 : l] = __builtin_bit_cast(double, kQNaN);
-            else
-                out[l] = __builtin_bit_cast(double, kInf);
-        }
-        _mm_storeu_pd(pDst + i, _mm_loadu_pd(out));
-    }
+    if constexpr (kTier == Tier::e9)
+        for (; i + 4 <= len; i += 4) exp_step<v4d, Src>(pSrc + i, pDst + i);
+    for (; i + 2 <= len; i += 2) exp_step<v2d, Src>(pSrc + i, pDst + i);
     if (i < len) {
         const typename Src::T x = load(pSrc + i);
         const int32_t h = Src::last_word(x);
         const int32_t a = h & 0x7FFFFFFF;
         double y;
         if (h >= Src::kLastMax)
-            y = __builtin_bit_cast(double, h >= static_cast<int32_t>(kQNaNHigh) ? kQNaN : kInf);
+            y = d(h >= static_cast<int32_t>(kQNaNHigh) ? kQNaN : kInf);
         else if (a >= Src::kLastMin)
-            y = a >= static_cast<int32_t>(kQNaNHigh) ? __builtin_bit_cast(double, kNegQNaN) : 0.0;
+            y = a >= static_cast<int32_t>(kQNaNHigh) ? d(kNegQNaN) : 0.0;
         else
-            y = _mm_cvtsd_f64(exp_pair(_mm_set_sd(static_cast<double>(x))));
+            y = exp_lanes(v2d{static_cast<double>(x), 0.0})[0];
         store(pDst + i, y);
     }
     // Invalid and underflow arise from out-of-range lanes and tiny r; the

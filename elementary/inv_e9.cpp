@@ -77,29 +77,38 @@ ORV_TIER_API OrvStatus ORV_T(orvsInv_64f_A26)(const Orv64f* pSrc, Orv64f* pDst, 
     const int blocks = len & ~15;
     int i = 0;
     for (; i < blocks; i += 16) {
-        __m256d v[4], m[4], res[4];
-        int bad = 0;
-        for (int j = 0; j < 4; ++j) {
-            v[j] = _mm256_loadu_pd(pSrc + i + 4 * j);
-            m[j] = mantissa(v[j]);
-            bad |= bad_lanes(v[j]) << (4 * j);
-        }
+        const double* src = pSrc + i;
+        const __m256d v0 = _mm256_loadu_pd(src), v1 = _mm256_loadu_pd(src + 4);
+        const __m256d v2 = _mm256_loadu_pd(src + 8), v3 = _mm256_loadu_pd(src + 12);
+        const int bad = bad_lanes(v0) | bad_lanes(v1) << 4 | bad_lanes(v2) << 8 | bad_lanes(v3) << 12;
+        const __m256d m0 = mantissa(v0), m1 = mantissa(v1), m2 = mantissa(v2), m3 = mantissa(v3);
         // 1/M0 = M1 M2 M3 / (M0 M1 M2 M3), and so on.
-        const __m256d p01 = _mm256_mul_pd(m[0], m[1]), p23 = _mm256_mul_pd(m[2], m[3]);
-        const __m256d p012 = _mm256_mul_pd(p01, m[2]), pAll = _mm256_mul_pd(p01, p23);
-        const __m256d p123 = _mm256_mul_pd(p23, m[1]), p023 = _mm256_mul_pd(p23, m[0]);
-        const __m256d p013 = _mm256_mul_pd(p01, m[3]);
+        const __m256d p01 = _mm256_mul_pd(m0, m1), p23 = _mm256_mul_pd(m2, m3);
+        const __m256d p012 = _mm256_mul_pd(p01, m2), pAll = _mm256_mul_pd(p01, p23);
+        const __m256d p123 = _mm256_mul_pd(p23, m1), p023 = _mm256_mul_pd(p23, m0);
+        const __m256d p013 = _mm256_mul_pd(p01, m3);
         const __m256d r = _mm256_div_pd(splat(kOne), pAll);
-        const __m256d others[4] = {p123, p023, p013, p012};
-        for (int j = 0; j < 4; ++j) res[j] = _mm256_mul_pd(scale(v[j]), _mm256_mul_pd(others[j], r));
-        if (bad) {
-            alignas(32) double out[16];
-            for (int j = 0; j < 4; ++j) _mm256_store_pd(out + 4 * j, res[j]);
-            for (int k = 0; k < 16; ++k)
-                if (bad >> k & 1) out[k] = inv_bad(pSrc, pDst, i + k, status);
-            for (int j = 0; j < 4; ++j) res[j] = _mm256_load_pd(out + 4 * j);
+        const __m256d r0 = _mm256_mul_pd(scale(v0), _mm256_mul_pd(p123, r));
+        const __m256d r1 = _mm256_mul_pd(scale(v1), _mm256_mul_pd(p023, r));
+        const __m256d r2 = _mm256_mul_pd(scale(v2), _mm256_mul_pd(p013, r));
+        const __m256d r3 = _mm256_mul_pd(scale(v3), _mm256_mul_pd(p012, r));
+        double* dst = pDst + i;
+        if (!bad) {
+            _mm256_storeu_pd(dst, r0);
+            _mm256_storeu_pd(dst + 4, r1);
+            _mm256_storeu_pd(dst + 8, r2);
+            _mm256_storeu_pd(dst + 12, r3);
+            continue;
         }
-        for (int j = 0; j < 4; ++j) _mm256_storeu_pd(pDst + i + 4 * j, res[j]);
+        // The bad elements in ascending order, before the block is stored.
+        alignas(32) double out[16];
+        _mm256_store_pd(out, r0);
+        _mm256_store_pd(out + 4, r1);
+        _mm256_store_pd(out + 8, r2);
+        _mm256_store_pd(out + 12, r3);
+        for (int k = 0; k < 16; ++k)
+            if (bad >> k & 1) out[k] = inv_bad(pSrc, pDst, i + k, status);
+        __builtin_memcpy(dst, out, sizeof out);
     }
     for (; i < len; ++i) {
         const double x = load(pSrc + i);
