@@ -19,6 +19,8 @@ typedef double v4d __attribute__((vector_size(32)));
 typedef int64_t v2l __attribute__((vector_size(16)));
 typedef int64_t v4l __attribute__((vector_size(32)));
 typedef int32_t v4i __attribute__((vector_size(16)));
+typedef uint32_t v4u __attribute__((vector_size(16)));
+typedef uint64_t v2u __attribute__((vector_size(16)));
 typedef float v2f __attribute__((vector_size(8)));
 typedef float v4f __attribute__((vector_size(16)));
 
@@ -78,11 +80,12 @@ inline D scale_of(D t) {
         return reinterpret_cast<D>(_mm256_insertf128_pd(_mm256_castpd128_pd256(reinterpret_cast<__m128d>(lo)),
                                                         reinterpret_cast<__m128d>(hi), 1));
     } else {
+        // Unsigned words: the arithmetic wraps, as the integer unit does.
         const v4i ti = reinterpret_cast<v4i>(t);
-        const v4i neg = __builtin_shuffle(ti >> 31, v4i{1, 1, 3, 3});
-        const v4i k = (ti ^ neg) - neg;
-        const v4i one = reinterpret_cast<v4i>(v2l{} + static_cast<int64_t>(kOne));
-        return reinterpret_cast<D>(one + reinterpret_cast<v4i>(reinterpret_cast<v2l>(k) << 52));
+        const v4u neg = reinterpret_cast<v4u>(__builtin_shuffle(ti >> 31, v4i{1, 1, 3, 3}));
+        const v4u k = (reinterpret_cast<v4u>(ti) ^ neg) - neg;
+        const v4u one = reinterpret_cast<v4u>(v2u{} + kOne);
+        return reinterpret_cast<D>(one + reinterpret_cast<v4u>(reinterpret_cast<v2u>(k) << 52));
     }
 }
 
