@@ -1,31 +1,18 @@
-// Bit views of doubles and floats and the error of a result in units in the
-// last place of the exact value, for the elementary-function tests.
+// Bit views of doubles and floats, and the error of a result in units in the
+// last place of the exact value.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 namespace orv::test {
 
-inline uint64_t bits(double x) {
-    uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
-inline double from_bits(uint64_t b) {
-    double x;
-    std::memcpy(&x, &b, sizeof x);
-    return x;
-}
-inline float float_from_bits(uint32_t b) {
-    float x;
-    std::memcpy(&x, &b, sizeof x);
-    return x;
-}
+inline uint64_t bits(double x) { return __builtin_bit_cast(uint64_t, x); }
+inline double from_bits(uint64_t b) { return __builtin_bit_cast(double, b); }
+inline float float_from_bits(uint32_t b) { return __builtin_bit_cast(float, b); }
 
-// |y - exact| in ulps of the exact value as a double (subnormal spacing
-// below the normal range).
+// |y - exact| in ulps of the exact value as a double (subnormal spacing below
+// the normal range).
 inline double ulp_error(double y, long double exact) {
     int e;
     std::frexp(static_cast<double>(exact), &e);
