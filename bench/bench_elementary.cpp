@@ -15,7 +15,7 @@
 #include "sleef/exp_sleef.h"
 #endif
 
-#define PLAIN_DECLARE(name)                          \
+#define PLAIN_DECLARE(name)                            \
     void plain_m7_##name(const double*, double*, int); \
     void plain_u8_##name(const double*, double*, int); \
     void plain_n8_##name(const double*, double*, int); \

@@ -1,10 +1,10 @@
 // The vectorised AVX exponential of the SLEEF library (1-ulp variant), four
 // elements at a time, as a peer of the e9 exponential. Built with -mavx, and
 // only when the library is installed.
+#include "sleef/exp_sleef.h"
+
 #include <immintrin.h>
 #include <sleef.h>
-
-#include "sleef/exp_sleef.h"
 
 void sleef_exp_avx(const double* src, double* dst, int len) {
     int i = 0;
