@@ -22,16 +22,15 @@ ORV_API Orv64f* orvsMalloc_64f(int len);
 ORV_API void orvsFree(void* p);
 
 /* ---- Elementary functions ----------------------------------------------
- * pDst[i] = exp(pSrc[i]); orvsExp_64f_I works in place. Null pointer:
- * orvStsNullPtrErr; len < 1: orvStsSizeErr; otherwise orvStsNoErr, whatever
- * the values. Elements go in pairs; a last odd element goes its own way, and
- * the two ways treat out-of-range input differently:
- *   pair:        x < -708.3939... gives 0, but -inf gives NaN; x > 709.7827...
- *                and x from about 709.436 on (k = 1024) give +inf; a quiet
- *                NaN gives NaN and, in the second of a pair, turns the first
- *                into NaN too; a signalling NaN gives +inf.
- *   last odd:    |x| >= 708.3935546875 gives 0 (positive x too, up to
- *                709.7822265625, from which on +inf); NaNs keep their sign.
+ * pDst[i] = exp(pSrc[i]) (orvsExp_64f_I in place). Null pointer:
+ * orvStsNullPtrErr; len < 1: orvStsSizeErr; otherwise orvStsNoErr whatever
+ * the values. Elements go in pairs, and a last odd element screens
+ * out-of-range input its own way:
+ *   in a pair: x < -708.39396 gives 0 but -inf NaN; x from about 709.436 on
+ *              gives +inf; a quiet NaN gives NaN and, second in a pair, makes
+ *              the first NaN too; a signalling NaN gives +inf.
+ *   last odd:  |x| >= 708.3935546875 gives 0, x >= 709.7822265625 +inf;
+ *              quiet NaNs keep their sign.
  * The invalid and underflow flags of MXCSR are clear after every call. */
 ORV_API OrvStatus orvsExp_64f(const Orv64f* pSrc, Orv64f* pDst, int len);
 ORV_API OrvStatus orvsExp_64f_I(Orv64f* pSrcDst, int len);
