@@ -84,6 +84,35 @@ ORV_API OrvStatus orvsDotProd_32f64f(const Orv32f* pSrc1, const Orv32f* pSrc2, i
 ORV_API OrvStatus orvsThreshold_LTValGTVal_64f(const Orv64f* pSrc, Orv64f* pDst, int len, Orv64f levelLT,
                                                Orv64f valueLT, Orv64f levelGT, Orv64f valueGT);
 
+/* ---- Elementary functions ----------------------------------------------
+ * pDst[i] = exp(pSrc[i]) (orvsExp_64f_I in place). Null pointer:
+ * orvStsNullPtrErr; len < 1: orvStsSizeErr; otherwise orvStsNoErr whatever
+ * the values. Elements go in pairs, and a last odd element screens
+ * out-of-range input its own way:
+ *   in a pair: x < -708.39396 gives 0 but -inf NaN; x from about 709.436 on
+ *              gives +inf; a quiet NaN gives NaN and, second in a pair, makes
+ *              the first NaN too; a signalling NaN gives +inf.
+ *   last odd:  |x| >= 708.3935546875 gives 0, x >= 709.7822265625 +inf;
+ *              quiet NaNs keep their sign.
+ * The invalid and underflow flags of MXCSR are clear after every call. */
+ORV_API OrvStatus orvsExp_64f(const Orv64f* pSrc, Orv64f* pDst, int len);
+ORV_API OrvStatus orvsExp_64f_I(Orv64f* pSrcDst, int len);
+
+/* pDst[i] = 1 / pSrc[i] with a relative error below 2^-26; one division is
+ * shared by blocks of elements. A zero gives the infinity of its sign and the
+ * warning orvStsSingularity; all elements are processed. Tiers m7 to y8 check
+ * pDst, pSrc, then len and compute in round-to-nearest without flush to zero
+ * whatever the caller's MXCSR, which they restore; e9 checks len first and
+ * runs in the caller's mode. */
+ORV_API OrvStatus orvsInv_64f_A26(const Orv64f* pSrc, Orv64f* pDst, int len);
+
+/* Fills pDst with normal deviates of the given mean and standard deviation.
+ * *pSeed is the only state: it is read at entry and the generator's state
+ * written back, so restoring it repeats a sequence. Every call makes one pair
+ * of deviates more than it writes. Null pDst or pSeed: orvStsNullPtrErr;
+ * len < 1: orvStsSizeErr; the seed is then left as it was. */
+ORV_API OrvStatus orvsRandGauss_Direct_64f(Orv64f* pDst, int len, Orv64f mean, Orv64f stdev, unsigned int* pSeed);
+
 ORV_EXTERN_C_END
 
 #include "orvtiers.h"
