@@ -55,40 +55,46 @@ inline double opaque(double v) {
 
 template <Body B>
 inline double log_normal(double x, uint32_t t, int bias) {
-    uint64_t bits = to_bits(x);
-    double m = from_bits((bits & 0x000FFFFFFFFFFFFFull) | 0x3FF0000000000000ull);
+    // Bit work stays in the vector registers: m = mantissa of x in [1, 2),
+    // mh its high 45 bits.
+    __m128d vx = _mm_set_sd(x);
+    __m128d m = _mm_or_pd(_mm_and_pd(vx, _mm_castsi128_pd(_mm_set_epi64x(0, 0x000FFFFFFFFFFFFF))),
+                          _mm_set_sd(1.0));
+    __m128d mh = _mm_and_pd(m, _mm_castsi128_pd(_mm_set_epi64x(0, -256)));
     double e16 = static_cast<double>(static_cast<int>(t & 0x7FF0) - bias);
-    // Reciprocal estimate, rounded to 8 significant bits by adding half of
-    // the last kept bit and cutting the rest. Bits 16 to 23 (7 mantissa bits
-    // and the exponent's lowest) give the table point: 0 for 1/2, 128 for 1.
-    __m128 rcp = _mm_rcp_ss(_mm_cvtsd_ss(_mm_setzero_ps(), _mm_set_sd(m)));
-    uint32_t rbits = (static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_castps_si128(rcp))) + 0x8000u) & 0xFFFF0000u;
-    int i = (rbits >> 16) & 0xFF;
-    double rc = std::bit_cast<float>(rbits);
-    // z = m rc - 1 exactly: m's high part has 45 bits, rc 8.
-    double mh = clear_low_bits(m, 8);
-    double zh = mh * rc - 1.0;
-    double zl = (m - mh) * rc;
+    // m as a single (its top 23 mantissa bits), its reciprocal estimate, and
+    // that rounded to 8 significant bits by adding half of the last kept bit
+    // and cutting the rest. Bits 16 to 23 (7 mantissa bits and the exponent's
+    // lowest bit) give the table point: 0 for 1/2, 128 for 1.
+    __m128i mf = _mm_or_si128(_mm_and_si128(_mm_srli_epi64(_mm_castpd_si128(vx), 29), _mm_cvtsi32_si128(0x007FFFFF)),
+                              _mm_cvtsi32_si128(0x3F800000));
+    __m128i rb = _mm_and_si128(_mm_add_epi32(_mm_castps_si128(_mm_rcp_ss(_mm_castsi128_ps(mf))),
+                                             _mm_cvtsi32_si128(0x8000)),
+                               _mm_cvtsi32_si128(static_cast<int>(0xFFFF0000u)));
+    const LEntry& l = L_tbl.e[(static_cast<uint32_t>(_mm_cvtsi128_si32(rb)) >> 16) & 0xFF];
+    __m128d rc = _mm_cvtss_sd(vx, _mm_castsi128_ps(rb));
+    // z = m rc - 1 exactly: mh rc has at most 53 bits and lies near 1, and
+    // (m - mh) rc at most 16.
+    double zh = _mm_cvtsd_f64(_mm_sub_sd(_mm_mul_sd(mh, rc), _mm_set_sd(1.0)));
+    double zl = _mm_cvtsd_f64(_mm_mul_sd(_mm_sub_sd(m, mh), rc));
     double z = zh + zl;
+    // log(1 + z) - z = z^2 (lane 1 + z^3 lane 0).
     __m128d w = dup<B>(z);
     __m128d v = _mm_add_pd(_mm_mul_pd(_mm_load_pd(coeff), w), _mm_load_pd(coeff + 2));
     v = _mm_add_pd(_mm_mul_pd(v, w), _mm_load_pd(coeff + 4));
     double z2 = z * z;
-    double z5 = z2 * z2 * z;
-    double poly = _mm_cvtsd_f64(v) * z5 + _mm_cvtsd_f64(_mm_unpackhi_pd(v, v)) * z2;
+    double poly = (_mm_cvtsd_f64(v) * (z2 * z) + _mm_cvtsd_f64(_mm_unpackhi_pd(v, v))) * z2;
     // High terms first; e ln2_hi + table high + z last, its rounding error
     // carried into the tail.
-    const LEntry& l = L_tbl.e[i];
     double a = e16 * log2_hi + l.hi;  // exact
     Sum lead = fast_two_sum(a, zh);
     double tail = (poly + (e16 * log2_lo + l.lo)) + (zl + lead.e);
     return lead.s + tail;
 }
 
+// Everything outside the positive normal numbers.
 template <Body B>
-inline double log_body(double x) {
-    uint32_t t = top16_of<B>(x);
-    if (static_cast<uint16_t>(t - 0x10) < 0x7FE0) return log_normal<B>(x, t, kBias);
+__attribute__((noinline, cold)) double log_special(double x) {
     double result;
     if ((to_bits(x) << 1) == 0) {
         // Zero of either sign: a pole.
@@ -96,6 +102,7 @@ inline double log_body(double x) {
         __libm_error_support(&x, &x, &result, 2);
         return result;
     }
+    uint32_t t = top16(x);
     if (t < 0x10) {
         double xs = x * kTwoPow128;  // positive subnormal
         return log_normal<B>(xs, top16(xs), kBiasScaled);
@@ -109,11 +116,26 @@ inline double log_body(double x) {
     return x + x;  // plus infinity or a NaN
 }
 
+template <Body B>
+inline double log_body(double x) {
+    uint32_t t = top16_of<B>(x);
+    if (static_cast<uint16_t>(t - 0x10) < 0x7FE0) [[likely]]
+        return log_normal<B>(x, t, kBias);
+    return log_special<B>(x);
+}
+
+// First call: fill the indicator word, then select again.
+__attribute__((noinline, cold)) double log_first_call(double x) {
+    orv_libm_init_indicator();
+    return log(x);
+}
+
 }  // namespace
 }  // namespace orv::libm
 
 using orv::libm::Body;
 using orv::libm::log_body;
+using orv::libm::log_first_call;
 
 ORV_LIBM_API double orv_log_A(double x) noexcept { return log_body<Body::A>(x); }
 ORV_LIBM_API double orv_log_L(double x) noexcept { return log_body<Body::L>(x); }
@@ -122,10 +144,8 @@ ORV_LIBM_API double orv_log_L(double x) noexcept { return log_body<Body::L>(x); 
 // on first use.
 ORV_LIBM_API double log(double x) noexcept {
     using namespace orv::libm;
-    for (;;) {
-        uint32_t w = orv_libm_indicator;
-        if (w & kSelectL) return orv_log_L(x);
-        if (w) return orv_log_A(x);
-        orv_libm_init_indicator();
-    }
+    uint32_t w = orv_libm_indicator;
+    if (w & kSelectL) return orv_log_L(x);
+    if (w) return orv_log_A(x);
+    return log_first_call(x);
 }

@@ -212,26 +212,29 @@ ORV_LIBM_API double orv_sin_L(double x) noexcept { return sincos_body<Fn::Sin, B
 ORV_LIBM_API double orv_cos_N(double x) noexcept { return sincos_body<Fn::Cos, Body::N>(x); }
 ORV_LIBM_API double orv_sin_N(double x) noexcept { return sincos_body<Fn::Sin, Body::N>(x); }
 
-// Selection at every call: .N, .L or .A by the indicator word, filling the
-// word on first use.
+namespace {
+// First call: fill the indicator word, then select again.
+__attribute__((noinline, cold)) double first_call(double (*entry)(double) noexcept, double x) {
+    orv_libm_init_indicator();
+    return entry(x);
+}
+}  // namespace
+
+// Selection at every call: .N, .L or .A by the indicator word.
 ORV_LIBM_API double cos(double x) noexcept {
     using namespace orv::libm;
-    for (;;) {
-        uint32_t w = orv_libm_indicator;
-        if (w & kSelectN) return orv_cos_N(x);
-        if (w & kSelectL) return orv_cos_L(x);
-        if (w) return orv_cos_A(x);
-        orv_libm_init_indicator();
-    }
+    uint32_t w = orv_libm_indicator;
+    if (w & kSelectN) return orv_cos_N(x);
+    if (w & kSelectL) return orv_cos_L(x);
+    if (w) return orv_cos_A(x);
+    return first_call(cos, x);
 }
 
 ORV_LIBM_API double sin(double x) noexcept {
     using namespace orv::libm;
-    for (;;) {
-        uint32_t w = orv_libm_indicator;
-        if (w & kSelectN) return orv_sin_N(x);
-        if (w & kSelectL) return orv_sin_L(x);
-        if (w) return orv_sin_A(x);
-        orv_libm_init_indicator();
-    }
+    uint32_t w = orv_libm_indicator;
+    if (w & kSelectN) return orv_sin_N(x);
+    if (w & kSelectL) return orv_sin_L(x);
+    if (w) return orv_sin_A(x);
+    return first_call(sin, x);
 }
