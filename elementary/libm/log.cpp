@@ -77,7 +77,7 @@ inline double log_normal(double x, uint32_t t, int bias) {
     // (m - mh) rc at most 16.
     double zh = _mm_cvtsd_f64(_mm_sub_sd(_mm_mul_sd(mh, rc), _mm_set_sd(1.0)));
     double zl = _mm_cvtsd_f64(_mm_mul_sd(_mm_sub_sd(m, mh), rc));
-    double z = zh + zl;
+    double z = zh + zl;  // exact: both are multiples of 2^-60 and |z| < 2^-8
     // log(1 + z) - z = z^2 (lane 1 + z^3 lane 0).
     __m128d w = dup<B>(z);
     __m128d v = _mm_add_pd(_mm_mul_pd(_mm_load_pd(coeff), w), _mm_load_pd(coeff + 2));
@@ -87,8 +87,8 @@ inline double log_normal(double x, uint32_t t, int bias) {
     // High terms first; e ln2_hi + table high + z last, its rounding error
     // carried into the tail.
     double a = e16 * log2_hi + l.hi;  // exact
-    Sum lead = fast_two_sum(a, zh);
-    double tail = (poly + (e16 * log2_lo + l.lo)) + (zl + lead.e);
+    Sum lead = fast_two_sum(a, z);
+    double tail = (poly + (e16 * log2_lo + l.lo)) + lead.e;
     return lead.s + tail;
 }
 
