@@ -49,6 +49,26 @@ inline constexpr uint32_t kIndicatorSse41 = 1u << 13;
 inline constexpr uint32_t kSelectN = 0xFFFFA000u;
 inline constexpr uint32_t kSelectL = 0xFFFFF800u;
 
+using Body_fn = double (*)(double) noexcept;
+
+// First call: fill the indicator word, then select again through entry.
+__attribute__((noinline, cold)) inline double select_first_call(Body_fn entry, double x) {
+    orv_libm_init_indicator();
+    return entry(x);
+}
+
+// Selection at every call: .N for any bit of kSelectN, .L for any of
+// kSelectL, .A for any other non-zero word; a zero word is filled first.
+// log, which has no .N body, passes its .L body twice.
+template <Body_fn N, Body_fn L, Body_fn A, Body_fn Entry>
+inline double select_body(double x) {
+    uint32_t w = orv_libm_indicator;
+    if (w & kSelectN) return N(x);
+    if (w & kSelectL) return L(x);
+    if (w) return A(x);
+    return select_first_call(Entry, x);
+}
+
 // ---- Bit helpers --------------------------------------------------------------
 constexpr double from_bits(uint64_t b) { return std::bit_cast<double>(b); }
 constexpr uint64_t to_bits(double d) { return std::bit_cast<uint64_t>(d); }

@@ -124,28 +124,15 @@ inline double log_body(double x) {
     return log_special<B>(x);
 }
 
-// First call: fill the indicator word, then select again.
-__attribute__((noinline, cold)) double log_first_call(double x) {
-    orv_libm_init_indicator();
-    return log(x);
-}
-
 }  // namespace
 }  // namespace orv::libm
 
 using orv::libm::Body;
 using orv::libm::log_body;
-using orv::libm::log_first_call;
 
 ORV_LIBM_API double orv_log_A(double x) noexcept { return log_body<Body::A>(x); }
 ORV_LIBM_API double orv_log_L(double x) noexcept { return log_body<Body::L>(x); }
 
-// Selection at every call: .L or .A by the indicator word, filling the word
-// on first use.
 ORV_LIBM_API double log(double x) noexcept {
-    using namespace orv::libm;
-    uint32_t w = orv_libm_indicator;
-    if (w & kSelectL) return orv_log_L(x);
-    if (w) return orv_log_A(x);
-    return log_first_call(x);
+    return orv::libm::select_body<orv_log_L, orv_log_L, orv_log_A, log>(x);
 }

@@ -212,29 +212,9 @@ ORV_LIBM_API double orv_sin_L(double x) noexcept { return sincos_body<Fn::Sin, B
 ORV_LIBM_API double orv_cos_N(double x) noexcept { return sincos_body<Fn::Cos, Body::N>(x); }
 ORV_LIBM_API double orv_sin_N(double x) noexcept { return sincos_body<Fn::Sin, Body::N>(x); }
 
-namespace {
-// First call: fill the indicator word, then select again.
-__attribute__((noinline, cold)) double first_call(double (*entry)(double) noexcept, double x) {
-    orv_libm_init_indicator();
-    return entry(x);
-}
-}  // namespace
-
-// Selection at every call: .N, .L or .A by the indicator word.
 ORV_LIBM_API double cos(double x) noexcept {
-    using namespace orv::libm;
-    uint32_t w = orv_libm_indicator;
-    if (w & kSelectN) return orv_cos_N(x);
-    if (w & kSelectL) return orv_cos_L(x);
-    if (w) return orv_cos_A(x);
-    return first_call(cos, x);
+    return orv::libm::select_body<orv_cos_N, orv_cos_L, orv_cos_A, cos>(x);
 }
-
 ORV_LIBM_API double sin(double x) noexcept {
-    using namespace orv::libm;
-    uint32_t w = orv_libm_indicator;
-    if (w & kSelectN) return orv_sin_N(x);
-    if (w & kSelectL) return orv_sin_L(x);
-    if (w) return orv_sin_A(x);
-    return first_call(sin, x);
+    return orv::libm::select_body<orv_sin_N, orv_sin_L, orv_sin_A, sin>(x);
 }
