@@ -7,38 +7,20 @@
 
 #include "error_codes.h"
 #include "libm.h"
+#include "orvmath.h"
 
-using MatherrFunction = int (*)(void*);
-
-// Exception records handed to the hooks, one per element type.
-struct OrvExceptionF {
-    int type;
-    const char* name;
-    float arg1, arg2, retval;
-};
-struct OrvExceptionD {
-    int type;
-    const char* name;
-    double arg1, arg2, retval;
-};
-struct OrvExceptionL {
-    int type;
-    const char* name;
-    long double arg1, arg2, retval;
-};
+using MatherrFunction = OrvMatherrFunction;
 
 // The default hooks: they ignore the record and accept the error.
-ORV_LIBM_API int matherr(void*) { return 1; }
-ORV_LIBM_API int matherrf(void*) { return 1; }
-ORV_LIBM_API int matherrl(void*) { return 1; }
+int matherr(void*) { return 1; }
+int matherrf(void*) { return 1; }
+int matherrl(void*) { return 1; }
 
 // The reporting mode and the hook pointers: plain exported data.
-extern "C" {
-__attribute__((visibility("default"))) int _LIB_VERSIONZMT = 3;
-__attribute__((visibility("default"))) MatherrFunction __libm_pmatherr = matherr;
-__attribute__((visibility("default"))) MatherrFunction __libm_pmatherrf = matherrf;
-__attribute__((visibility("default"))) MatherrFunction __libm_pmatherrl = matherrl;
-}
+int _LIB_VERSIONZMT = 3;
+MatherrFunction __libm_pmatherr = matherr;
+MatherrFunction __libm_pmatherrf = matherrf;
+MatherrFunction __libm_pmatherrl = matherrl;
 
 namespace {
 void* set_hook(MatherrFunction& slot, MatherrFunction fallback, MatherrFunction fn) {
@@ -51,9 +33,9 @@ void* set_hook(MatherrFunction& slot, MatherrFunction fallback, MatherrFunction 
 }
 }  // namespace
 
-ORV_LIBM_API void* __libm_setusermatherr(MatherrFunction fn) { return set_hook(__libm_pmatherr, matherr, fn); }
-ORV_LIBM_API void* __libm_setusermatherrf(MatherrFunction fn) { return set_hook(__libm_pmatherrf, matherrf, fn); }
-ORV_LIBM_API void* __libm_setusermatherrl(MatherrFunction fn) { return set_hook(__libm_pmatherrl, matherrl, fn); }
+void* __libm_setusermatherr(MatherrFunction fn) { return set_hook(__libm_pmatherr, matherr, fn); }
+void* __libm_setusermatherrf(MatherrFunction fn) { return set_hook(__libm_pmatherrf, matherrf, fn); }
+void* __libm_setusermatherrl(MatherrFunction fn) { return set_hook(__libm_pmatherrl, matherrl, fn); }
 
 // Constant tables: the positive value, then the negative one.
 extern "C" {
@@ -98,14 +80,14 @@ template <class T>
 struct Elem;
 template <>
 struct Elem<float> {
-    using Exc = OrvExceptionF;
+    using Exc = OrvMathExceptionF;
     static MatherrFunction hook() { return __libm_pmatherrf; }
     static float huge() { float f; std::memcpy(&f, &__libm_float_huge[0], 4); return f; }
     static float inf() { float f; std::memcpy(&f, &__libm_float_inf[0], 4); return f; }
 };
 template <>
 struct Elem<double> {
-    using Exc = OrvExceptionD;
+    using Exc = OrvMathException;
     static MatherrFunction hook() { return __libm_pmatherr; }
     // HUGE of the old modes is the largest float, also for double results.
     static double huge() { return Elem<float>::huge(); }
@@ -113,7 +95,7 @@ struct Elem<double> {
 };
 template <>
 struct Elem<long double> {
-    using Exc = OrvExceptionL;
+    using Exc = OrvMathExceptionL;
     static MatherrFunction hook() { return __libm_pmatherrl; }
     static long double huge() { return Elem<float>::huge(); }
     static long double inf() { return Elem<double>::inf(); }
@@ -193,7 +175,7 @@ void by_elem(const Row& row, F&& f) {
 // Mode -1: nothing. Mode 3 (default): errno only. Mode 2: result and errno.
 // Mode 0: the hook, then message and errno. Any other mode: the hook, then
 // errno. Codes beyond a mode's table do nothing.
-ORV_LIBM_API void __libm_error_support(const void* arg1, const void* arg2, void* retval, int code) {
+void __libm_error_support(const void* arg1, const void* arg2, void* retval, int code) {
     using namespace orv::libm::errors;
     int mode = _LIB_VERSIONZMT;
     if (mode == -1 || code < 0) return;

@@ -27,7 +27,7 @@ ORV_LIBM_API double orv_sin_N(double) noexcept __asm__("sin.N");
 ORV_LIBM_API double orv_log_A(double) noexcept __asm__("log.A");
 ORV_LIBM_API double orv_log_L(double) noexcept __asm__("log.L");
 
-// The error layer.
+// The error layer (declared in orvmath.h).
 ORV_LIBM_API void __libm_error_support(const void* arg1, const void* arg2, void* retval, int code);
 
 // The processor indicator word (see orv::libm below) and its filling from

@@ -15,25 +15,14 @@
 #include <string>
 
 #include "libm_access.h"
+#include "orvmath.h"
 
 namespace orv::test {
 namespace {
 
-struct RecordD {
-    int type;
-    const char* name;
-    double arg1, arg2, retval;
-};
-struct RecordF {
-    int type;
-    const char* name;
-    float arg1, arg2, retval;
-};
-struct RecordL {
-    int type;
-    const char* name;
-    long double arg1, arg2, retval;
-};
+using RecordD = OrvMathException;
+using RecordF = OrvMathExceptionF;
+using RecordL = OrvMathExceptionL;
 
 // What the last hook call saw, and what the hook does.
 struct HookState {
