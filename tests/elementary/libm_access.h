@@ -1,37 +1,20 @@
 // The scalar layer's functions and data as the library defines them,
 // resolved from the loaded library itself, so that the tests reach them
-// whatever order the test program was linked in.
+// whatever order the test program was linked in; and the ulp measure.
 #pragma once
-
-#include <cstdint>
 
 namespace orv::test {
 
 using ScalarFn = double (*)(double);
-using MatherrFn = int (*)(void*);
 
-struct Libm {
-    ScalarFn cos, sin, log, sqrt;
-    ScalarFn cosA, cosL, cosN, sinA, sinL, sinN, logA, logL;
-    void (*error_support)(const void*, const void*, void*, int);
-    void* (*setusermatherr)(MatherrFn);
-    void* (*setusermatherrf)(MatherrFn);
-    void* (*setusermatherrl)(MatherrFn);
-    MatherrFn matherr, matherrf, matherrl;
-    int* mode;  // _LIB_VERSIONZMT
-    MatherrFn* pmatherr;
-    MatherrFn* pmatherrf;
-    MatherrFn* pmatherrl;
-};
-
-// Resolved once; a missing name fails the calling test.
-const Libm& libm();
-
-// The C library's own cos, sin and log (not the process's default binding).
-struct CLibm {
-    ScalarFn cos, sin, log;
-};
-const CLibm& clibm();
+// The address of a name in orv, or in the C math library; a missing name
+// fails the calling test.
+void* orv_symbol(const char* name);
+void* clibm_symbol(const char* name);
+template <class T>
+T orv_sym(const char* name) {
+    return reinterpret_cast<T>(orv_symbol(name));
+}
 
 // The error, in units of the last place of the correctly rounded result, of
 // got against a long double reference. NaN against NaN is 0; any other

@@ -20,6 +20,29 @@
 namespace orv::test {
 namespace {
 
+// The layer's entries and data in orv. Hooks by element type: 0 double,
+// 1 float, 2 long double.
+struct Layer {
+    ScalarFn cos = orv_sym<ScalarFn>("cos"), sin = orv_sym<ScalarFn>("sin"), log = orv_sym<ScalarFn>("log");
+    ScalarFn sqrt = orv_sym<ScalarFn>("sqrt"), logA = orv_sym<ScalarFn>("log.A"), logL = orv_sym<ScalarFn>("log.L");
+    void (*error_support)(const void*, const void*, void*, int) =
+        orv_sym<decltype(error_support)>("__libm_error_support");
+    int* mode = orv_sym<int*>("_LIB_VERSIONZMT");
+    using Set = void* (*)(OrvMatherrFunction);
+    Set set[3] = {orv_sym<Set>("__libm_setusermatherr"), orv_sym<Set>("__libm_setusermatherrf"),
+                  orv_sym<Set>("__libm_setusermatherrl")};
+    OrvMatherrFunction* hook[3] = {orv_sym<OrvMatherrFunction*>("__libm_pmatherr"),
+                                   orv_sym<OrvMatherrFunction*>("__libm_pmatherrf"),
+                                   orv_sym<OrvMatherrFunction*>("__libm_pmatherrl")};
+    OrvMatherrFunction fallback[3] = {orv_sym<OrvMatherrFunction>("matherr"),
+                                      orv_sym<OrvMatherrFunction>("matherrf"),
+                                      orv_sym<OrvMatherrFunction>("matherrl")};
+};
+const Layer& libm() {
+    static const Layer l;
+    return l;
+}
+
 using RecordD = OrvMathException;
 using RecordF = OrvMathExceptionF;
 using RecordL = OrvMathExceptionL;
@@ -48,9 +71,7 @@ protected:
     void SetUp() override {
         g_hook = HookState{};
         *libm().mode = 3;
-        libm().setusermatherr(nullptr);
-        libm().setusermatherrf(nullptr);
-        libm().setusermatherrl(nullptr);
+        for (auto set : libm().set) set(nullptr);
     }
     void TearDown() override { SetUp(); }
 };
@@ -71,9 +92,9 @@ bool same(double a, double b) {
 }
 
 TEST_F(LibmErrors, SpecialArgumentsWithoutErrors) {
-    const Libm& l = libm();
+    const Layer& l = libm();
     *l.mode = 1;  // a hook mode: any error call would show in the count
-    l.setusermatherr(recording_hook);
+    l.set[0](recording_hook);
     const double inf = INFINITY, nan = NAN;
     struct Case {
         ScalarFn f;
@@ -104,7 +125,7 @@ TEST_F(LibmErrors, SpecialArgumentsWithoutErrors) {
 // log(0), log(-1) and sqrt(-1) in each mode with the default hooks (which
 // accept the error, so the hook modes leave errno alone).
 TEST_F(LibmErrors, ResultsAndErrnoPerMode) {
-    const Libm& l = libm();
+    const Layer& l = libm();
     const double inf = INFINITY, nan = NAN, huge = -static_cast<double>(FLT_MAX);
     struct Row {
         int mode;
@@ -145,9 +166,9 @@ TEST_F(LibmErrors, ResultsAndErrnoPerMode) {
 // In a hook mode the hook sees the record; returning 0 sets errno to 33
 // (also for the singularity); a hook may replace the result.
 TEST_F(LibmErrors, HookRecordsAndReplacedResults) {
-    const Libm& l = libm();
+    const Layer& l = libm();
     *l.mode = 1;
-    EXPECT_EQ(l.setusermatherr(recording_hook), static_cast<void*>(l.pmatherr));
+    EXPECT_EQ(l.set[0](recording_hook), static_cast<void*>(l.hook[0]));
     g_hook.answer = 0;
     struct Case {
         ScalarFn f;
@@ -185,21 +206,14 @@ TEST_F(LibmErrors, HookRecordsAndReplacedResults) {
 }
 
 TEST_F(LibmErrors, SettingAndRestoringHooks) {
-    const Libm& l = libm();
-    struct Slot {
-        void* (*set)(MatherrFn);
-        MatherrFn* ptr;
-        MatherrFn fallback;
-    } slots[] = {{l.setusermatherr, l.pmatherr, l.matherr},
-                 {l.setusermatherrf, l.pmatherrf, l.matherrf},
-                 {l.setusermatherrl, l.pmatherrl, l.matherrl}};
-    for (const Slot& s : slots) {
-        EXPECT_EQ(*s.ptr, s.fallback);
-        EXPECT_EQ(s.set(recording_hook), static_cast<void*>(s.ptr));
-        EXPECT_EQ(*s.ptr, &recording_hook);
-        EXPECT_EQ(s.set(nullptr), reinterpret_cast<void*>(s.fallback));
-        EXPECT_EQ(*s.ptr, s.fallback);
-        EXPECT_EQ(s.fallback(nullptr), 1);
+    const Layer& l = libm();
+    for (int t = 0; t < 3; ++t) {
+        EXPECT_EQ(*l.hook[t], l.fallback[t]);
+        EXPECT_EQ(l.set[t](recording_hook), static_cast<void*>(l.hook[t]));
+        EXPECT_EQ(*l.hook[t], &recording_hook);
+        EXPECT_EQ(l.set[t](nullptr), reinterpret_cast<void*>(l.fallback[t]));
+        EXPECT_EQ(*l.hook[t], l.fallback[t]);
+        EXPECT_EQ(l.fallback[t](nullptr), 1);
     }
 }
 
@@ -222,7 +236,7 @@ int long_hook(void* p) {
 // other modes stop at 279 codes; the float and long double codes of log go
 // to their own hooks with their own records.
 TEST_F(LibmErrors, CodeTables) {
-    const Libm& l = libm();
+    const Layer& l = libm();
     alignas(16) unsigned char zero[16] = {}, nonzero[16];
     std::memset(nonzero, 0xFF, sizeof nonzero);  // a NaN in every format
     int counts[2][4] = {};                       // [result zero?][errno 34, 33, untouched, other]
@@ -250,9 +264,9 @@ TEST_F(LibmErrors, CodeTables) {
     }
     // Hook modes: 278 reaches a hook, 279 does not.
     *l.mode = 1;
-    l.setusermatherr(recording_hook);
-    l.setusermatherrf(float_hook);
-    l.setusermatherrl(long_hook);
+    l.set[0](recording_hook);
+    l.set[1](float_hook);
+    l.set[2](long_hook);
     int before = g_hook.calls + float_hook_calls + long_hook_calls;
     alignas(16) unsigned char ret[16] = {};
     l.error_support(ret, ret, ret, 278);
@@ -305,12 +319,12 @@ int rejecting_hook(void*) { return 0; }
 // singularity. The catalogue is not found: LANG is cut at the dot, the
 // failure is reported once, and later messages are the default texts.
 TEST_F(LibmErrors, MessagesWithAMissingCatalogue) {
-    const Libm& l = libm();
+    const Layer& l = libm();
     std::string out = stderr_of_child([&] {
         setenv("NLSPATH", "/nonexistent-orv/%N", 1);
         setenv("LANG", "en_US.UTF-8", 1);
         *l.mode = 0;
-        l.setusermatherr(rejecting_hook);
+        l.set[0](rejecting_hook);
         int bad = 0;
         bad |= !(call(l.log, 0.0).err == 33) << 0;
         bad |= !(call(l.log, -1.0).err == 33) << 1;
@@ -328,7 +342,7 @@ TEST_F(LibmErrors, MessagesWithAMissingCatalogue) {
         setenv("NLSPATH", "/nonexistent-orv/%N", 1);
         setenv("LANG", "C", 1);
         *l.mode = 0;
-        l.setusermatherr(rejecting_hook);
+        l.set[0](rejecting_hook);
         call(l.log, 0.0);
         call(l.log, 0.0);
         const char* lang = getenv("LANG");
