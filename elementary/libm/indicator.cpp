@@ -19,3 +19,10 @@ void orv_libm_init_indicator() {
     orv_libm_indicator = w;
 }
 }
+
+namespace orv::libm {
+double select_first_call(Body_fn entry, double x) {
+    orv_libm_init_indicator();
+    return entry(x);
+}
+}  // namespace orv::libm

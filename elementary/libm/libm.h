@@ -52,10 +52,7 @@ inline constexpr uint32_t kSelectL = 0xFFFFF800u;
 using Body_fn = double (*)(double) noexcept;
 
 // First call: fill the indicator word, then select again through entry.
-__attribute__((noinline, cold)) inline double select_first_call(Body_fn entry, double x) {
-    orv_libm_init_indicator();
-    return entry(x);
-}
+__attribute__((cold)) double select_first_call(Body_fn entry, double x);
 
 // Selection at every call: .N for any bit of kSelectN, .L for any of
 // kSelectL, .A for any other non-zero word; a zero word is filled first.
@@ -82,7 +79,8 @@ constexpr double clear_low_bits(double x, int bits) { return from_bits(to_bits(x
 // memory (and duplicates with movddup in log), .N rounds with roundsd.
 enum class Body { A, L, N };
 
-// The top 16 bits of x: from the register for .A and .N, from memory for .L.
+// The top 16 bits of x: shifted out of the whole value for .A and .N, read
+// from x's bytes for .L.
 template <Body B>
 inline uint32_t top16_of(const double& x) {
     if constexpr (B == Body::L) {
