@@ -62,16 +62,15 @@ inline double log_normal(double x, uint32_t t, int bias) {
                           _mm_set_sd(1.0));
     __m128d mh = _mm_and_pd(m, _mm_castsi128_pd(_mm_set_epi64x(0, -256)));
     double e16 = static_cast<double>(static_cast<int>(t & 0x7FF0) - bias);
-    // m as a single (its top 23 mantissa bits), its reciprocal estimate, and
-    // that rounded to 8 significant bits by adding half of the last kept bit
-    // and cutting the rest. Bits 16 to 23 (7 mantissa bits and the exponent's
-    // lowest bit) give the table point: 0 for 1/2, 128 for 1.
-    __m128i mf = _mm_or_si128(_mm_and_si128(_mm_srli_epi64(_mm_castpd_si128(vx), 29), _mm_cvtsi32_si128(0x007FFFFF)),
-                              _mm_cvtsi32_si128(0x3F800000));
-    __m128i rb = _mm_and_si128(_mm_add_epi32(_mm_castps_si128(_mm_rcp_ss(_mm_castsi128_ps(mf))),
-                                             _mm_cvtsi32_si128(0x8000)),
+    // m as a single, its reciprocal estimate, and that rounded to 8
+    // significant bits by adding half of the last kept bit and cutting the
+    // rest. Bits 16 to 23 (7 mantissa bits and the exponent's lowest bit)
+    // give the table point: 0 for 1/2, 128 for 1.
+    __m128i rb = _mm_and_si128(_mm_add_epi32(_mm_castps_si128(_mm_rcp_ss(_mm_cvtpd_ps(m))), _mm_cvtsi32_si128(0x8000)),
                                _mm_cvtsi32_si128(static_cast<int>(0xFFFF0000u)));
-    const LEntry& l = L_tbl.e[(static_cast<uint32_t>(_mm_cvtsi128_si32(rb)) >> 16) & 0xFF];
+    // The entry's byte offset: the point times 16.
+    uint32_t offset = (static_cast<uint32_t>(_mm_cvtsi128_si32(rb)) >> 12) & 0xFF0;
+    const LEntry& l = *reinterpret_cast<const LEntry*>(reinterpret_cast<const char*>(L_tbl.e) + offset);
     __m128d rc = _mm_cvtss_sd(vx, _mm_castsi128_ps(rb));
     // z = m rc - 1 exactly: mh rc has at most 53 bits and lies near 1, and
     // (m - mh) rc at most 16.
