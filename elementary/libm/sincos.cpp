@@ -38,9 +38,9 @@ constexpr double ALL_ONES = from_bits(0x3FEFFFFFFFFFFFFF);
 constexpr double TWO_POW_55 = 0x1p55;
 constexpr double TWO_POW_M55 = 0x1p-55;
 
-// |x| below 2^-40 with S = 0: the three-part reduction may have lost
-// relative accuracy (x lies very close to a multiple of pi), so the exact
-// reduction redoes it.
+// |r| below 2^-40 with S = 0: x lies so close to a multiple of pi/2 that the
+// three-part reduction's absolute error (about 2^-105) could show in the
+// result, so the exact reduction redoes it.
 constexpr double kNearMultiple = 0x1p-40;
 constexpr double kSplit = 134217729.0;  // 2^27 + 1
 
@@ -143,7 +143,6 @@ inline Reduced reduce_main(double x) {
 }
 
 // S cos r + C sin r with the table entry of j.
-template <Body B>
 inline double finish(int j, double rh, double rl) {
     const CEntry& e = Ctable.e[j];
     // Both series at once: lanes {odd, even} over r^2.
@@ -184,7 +183,7 @@ inline double sincos_body(double x) {
             r = reduce_large(x);
             j = table_index<F>(r.k);
         }
-        return finish<B>(j, r.rh, r.rl);
+        return finish(j, r.rh, r.rl);
     }
     if (t < 0x3030) {
         if constexpr (F == Fn::Cos) return 1.0 - __builtin_fabs(x);
@@ -193,7 +192,7 @@ inline double sincos_body(double x) {
     }
     if (t < 0x7FF0) {
         Reduced r = reduce_large(x);
-        return finish<B>(table_index<F>(r.k), r.rh, r.rl);
+        return finish(table_index<F>(r.k), r.rh, r.rl);
     }
     return x * NEG_ZERO;  // infinity or NaN: a NaN, no error call
 }
