@@ -6,6 +6,7 @@
 #   frame/kernels.tsv        kernels and workers named for export: tiers, built
 #   frame/dispatch.def       dispatched functions and their slots
 #   frame/frame_exports.txt  unprefixed frame functions and data
+#   frame/libm_exports.txt   the scalar math layer, under its own version node
 
 function(orv_read_tiered_list file out_built out_all)
   set(built "")
@@ -35,13 +36,14 @@ endfunction()
 
 function(orv_generate_lists src bin)
   set(lists ${src}/frame/exports.tsv ${src}/frame/kernels.tsv
-            ${src}/frame/dispatch.def ${src}/frame/frame_exports.txt)
+            ${src}/frame/dispatch.def ${src}/frame/frame_exports.txt ${src}/frame/libm_exports.txt)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${lists})
 
   orv_read_tiered_list(${src}/frame/exports.tsv pub_built pub_all)
   orv_read_tiered_list(${src}/frame/kernels.tsv ker_built ker_all)
 
   file(STRINGS ${src}/frame/frame_exports.txt frame_names REGEX "^[A-Za-z_]")
+  file(STRINGS ${src}/frame/libm_exports.txt libm_names REGEX "^[A-Za-z_]")
   file(STRINGS ${src}/frame/dispatch.def stub_lines REGEX "^ORV_STUB\\(")
   set(stubs "")
   foreach(line IN LISTS stub_lines)
@@ -79,7 +81,7 @@ function(orv_generate_lists src bin)
   file(CONFIGURE OUTPUT ${bin}/tests/orv_tier_fns.inc CONTENT "${reg}" @ONLY)
 
   # Exact set of exported names, for the version script and the tests.
-  set(exported ${frame_names} ${stubs})
+  set(exported ${frame_names} ${libm_names} ${stubs})
   foreach(pair IN LISTS pub_built ker_built)
     string(REPLACE "|" "_" sym "${pair}")
     list(APPEND exported ${sym})
@@ -91,7 +93,7 @@ function(orv_generate_lists src bin)
 
   # Every name the library may ever export (the full lists), for the test
   # that rejects a name nobody documented.
-  set(allowed ${frame_names} ${pub_all} ${ker_all})
+  set(allowed ${frame_names} ${libm_names} ${pub_all} ${ker_all})
   file(READ ${src}/frame/exports.tsv tsv)
   string(REGEX MATCHALL "\n[A-Za-z0-9_]+\tstub" stubbed "${tsv}")
   foreach(s IN LISTS stubbed)
@@ -104,12 +106,20 @@ function(orv_generate_lists src bin)
   file(CONFIGURE OUTPUT ${bin}/exports/allowed.txt CONTENT "${text}\n" @ONLY)
 
   # Linker version script: exactly the exported names, everything else local.
-  string(REPLACE ";" ";\n    " globals "${exported}")
+  # The scalar math names get a node of their own (see libm_exports.txt).
+  set(core ${exported})
+  list(REMOVE_ITEM core ${libm_names})
+  string(REPLACE ";" ";\n    " globals "${core}")
+  string(REPLACE ";" ";\n    " math_globals "${libm_names}")
   file(CONFIGURE OUTPUT ${bin}/orv.map CONTENT
 "ORV_7.0 {
   global:
     ${globals};
   local: *;
+};
+ORV_MATH_7.0 {
+  global:
+    ${math_globals};
 };
 " @ONLY)
 endfunction()

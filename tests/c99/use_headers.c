@@ -1,6 +1,7 @@
 /* Every public header, compiled as strict C99 and linked through pkg-config. */
 #include <orvcore.h>
 #include <orvi.h>
+#include <orvmath.h>
 #include <orvs.h>
 #include <orvstatus.h>
 #include <orvtiers.h>

@@ -1,0 +1,131 @@
+// The scalar layer's tables, derived at compile time from their definitions:
+// the bits of 1/pi, sines and cosines of j pi / 32, and the logarithms of the
+// reciprocal table points. Constant-initialised, so the library keeps no
+// static constructor.
+#pragma once
+
+#include <cstdint>
+
+#include "bigfix.h"
+
+namespace orv::libm {
+
+// ---- 1/pi ------------------------------------------------------------------
+// PI_INV_TABLE[w] = floor(2^(64 w) / pi) mod 2^64: word 0 is the (zero)
+// integer part, then the fraction bits of 1/pi, most significant first. The
+// large-argument reduction needs a window of 192 bits starting just above
+// the bit that the argument's exponent selects, which for the largest double
+// ends within word 19.
+inline constexpr int kPiInvWords = 20;
+
+struct PiInvTable {
+    uint64_t w[kPiInvWords];
+};
+
+constexpr PiInvTable make_pi_inv_table() {
+    // Two guard words beyond the table.
+    constexpr int N = kPiInvWords + 2;
+    auto inv = fix::reciprocal(fix::pi<N>(), 0.3183098861837907);
+    PiInvTable t{};
+    for (int i = 0; i < kPiInvWords; ++i) t.w[i] = inv.w[i];
+    return t;
+}
+
+// ---- pi / 32 and the sines and cosines of its multiples ---------------------
+// One entry per j = 0..63: low part of cos(j pi/32), high part of sin, low
+// part of sin, high part of cos. The high part of sin is the nearest double;
+// the high part of cos has at most 27 significant bits, so that its product
+// with a 26-bit part of the reduced argument is exact.
+struct CEntry {
+    double cos_lo, sin_hi, sin_lo, cos_hi;
+};
+struct CTable {
+    CEntry e[64];
+};
+
+inline constexpr int kTrigWords = 5;  // 256 fraction bits
+using TrigFix = fix::Fix<kTrigWords>;
+
+constexpr TrigFix pi_over_32() { return fix::div_small(fix::pi<kTrigWords>(), 32); }
+
+// sin and cos of j pi / 32 for 0 <= j <= 16 from the series (the argument
+// is below 1 for j <= 8; the rest by the quarter-period identity).
+constexpr void sin_cos_first_quadrant(int j, TrigFix& s, TrigFix& c) {
+    if (j > 8) {
+        sin_cos_first_quadrant(16 - j, c, s);
+        return;
+    }
+    TrigFix t = fix::mul_small(pi_over_32(), static_cast<uint64_t>(j));
+    s = fix::sin_series(t, false);
+    c = fix::sin_series(t, true);
+}
+
+// x rounded toward zero to `bits` significant bits.
+constexpr double truncate_bits(double x, int bits) {
+    uint64_t b = std::bit_cast<uint64_t>(x);
+    return std::bit_cast<double>(b & ~((1ull << (53 - bits)) - 1));
+}
+
+// -x when asked, keeping zeros positive (the entries for 0 and 16 hold +0).
+constexpr double negate_if(bool neg, double x) { return neg && x != 0.0 ? -x : x; }
+
+constexpr CTable make_ctable() {
+    CTable t{};
+    for (int j = 0; j < 64; ++j) {
+        // Reduce to the first quadrant and track the signs.
+        int q = j / 16, r = j % 16;
+        TrigFix s, c;
+        sin_cos_first_quadrant(r, s, c);
+        // Rotation by q quarter turns: (s, c) -> (c, -s) -> (-s, -c) -> (-c, s).
+        TrigFix sv = (q == 0 || q == 2) ? s : c;
+        TrigFix cv = (q == 0 || q == 2) ? c : s;
+        bool sneg = q >= 2;
+        bool cneg = q == 1 || q == 2;
+        double sh = fix::to_double(sv);
+        double sl = fix::diff_to_double(sv, fix::from_double<kTrigWords>(sh));
+        double ch = truncate_bits(fix::to_double(cv), 27);
+        double cl = fix::diff_to_double(cv, fix::from_double<kTrigWords>(ch));
+        t.e[j] = {negate_if(cneg, cl), negate_if(sneg, sh), negate_if(sneg, sl), negate_if(cneg, ch)};
+    }
+    return t;
+}
+
+// pi / 32 as a double-double, for the large-argument reduction.
+struct DoubleDouble {
+    double hi, lo;
+};
+constexpr DoubleDouble make_pi_over_32() {
+    TrigFix p = pi_over_32();
+    double hi = fix::to_double(p);
+    return {hi, fix::diff_to_double(p, fix::from_double<kTrigWords>(hi))};
+}
+
+// ---- Logarithms of the reciprocal table points ------------------------------
+// Point i = 0..128 stands for rc_i = (128 + i) / 256 in [1/2, 1]; the entry
+// is -ln(rc_i) = ln(256 / (128 + i)) in a high part on the grid of 2^-42 (the
+// grid of ln 2's high part, so that e ln2_hi + high part is exact) and a low
+// part holding the rest to full precision.
+inline constexpr int kLogEntries = 129;
+struct LEntry {
+    double hi, lo;
+};
+struct LTable {
+    LEntry e[kLogEntries];
+};
+
+inline constexpr int kLogWords = 4;
+
+constexpr LTable make_ltable() {
+    using F = fix::Fix<kLogWords>;
+    LTable t{};
+    F ln2 = fix::log_ratio<kLogWords>(2, 1);
+    for (int i = 0; i < kLogEntries; ++i) {
+        // ln(256 / (128 + i)) = ln 2 - ln((128 + i) / 128).
+        F v = fix::sub(ln2, fix::log_ratio<kLogWords>(128 + static_cast<uint64_t>(i), 128));
+        double hi = fix::round_at(v, -42);
+        t.e[i] = {hi, fix::diff_to_double(v, fix::from_double<kLogWords>(hi))};
+    }
+    return t;
+}
+
+}  // namespace orv::libm
