@@ -34,6 +34,16 @@ function(orv_read_tiered_list file out_built out_all)
   set(${out_all} "${all}" PARENT_SCOPE)
 endfunction()
 
+# Writes `macro(tier, name)` for each "tier|name" pair, under a comment.
+function(orv_write_pairs file macro comment)
+  set(text "/* ${comment} */\n")
+  foreach(pair IN LISTS ARGN)
+    string(REPLACE "|" ", " pair "${pair}")
+    string(APPEND text "${macro}(${pair})\n")
+  endforeach()
+  file(CONFIGURE OUTPUT ${file} CONTENT "${text}" @ONLY)
+endfunction()
+
 function(orv_generate_lists src bin)
   set(lists ${src}/frame/exports.tsv ${src}/frame/kernels.tsv
             ${src}/frame/dispatch.def ${src}/frame/frame_exports.txt ${src}/frame/libm_exports.txt)
@@ -51,34 +61,14 @@ function(orv_generate_lists src bin)
     list(APPEND stubs ${name} ${name}_arraddr)
   endforeach()
 
-  # Public tier declarations: one line per built (tier, name).
-  set(inc "/* Generated from frame/exports.tsv: the tier-prefixed entry points. */\n")
-  foreach(pair IN LISTS pub_built)
-    string(REPLACE "|" ";" pair "${pair}")
-    list(GET pair 0 t)
-    list(GET pair 1 n)
-    string(APPEND inc "ORV_TIER_DECL(${t}, ${n})\n")
-  endforeach()
-  file(CONFIGURE OUTPUT ${bin}/include/orvtiers.inc CONTENT "${inc}" @ONLY)
-
-  # Kernels: internal tier declarations, and the test registry of every
-  # built (tier, name) of both lists.
-  set(kinc "/* Generated from frame/kernels.tsv: tier-prefixed kernels. */\n")
-  foreach(pair IN LISTS ker_built)
-    string(REPLACE "|" ";" pair "${pair}")
-    list(GET pair 0 t)
-    list(GET pair 1 n)
-    string(APPEND kinc "ORV_TIER_DECL(${t}, ${n})\n")
-  endforeach()
-  file(CONFIGURE OUTPUT ${bin}/include/internal/orvkernels.inc CONTENT "${kinc}" @ONLY)
-  set(reg "/* Generated: every built tier function, public-style and kernel. */\n")
-  foreach(pair IN LISTS pub_built ker_built)
-    string(REPLACE "|" ";" pair "${pair}")
-    list(GET pair 0 t)
-    list(GET pair 1 n)
-    string(APPEND reg "ORV_TIER_FN(${t}, ${n})\n")
-  endforeach()
-  file(CONFIGURE OUTPUT ${bin}/tests/orv_tier_fns.inc CONTENT "${reg}" @ONLY)
+  # Public tier declarations, kernel declarations and the test registry:
+  # one macro line per built (tier, name).
+  orv_write_pairs(${bin}/include/orvtiers.inc ORV_TIER_DECL
+    "Generated from frame/exports.tsv: the tier-prefixed entry points." ${pub_built})
+  orv_write_pairs(${bin}/include/internal/orvkernels.inc ORV_TIER_DECL
+    "Generated from frame/kernels.tsv: tier-prefixed kernels." ${ker_built})
+  orv_write_pairs(${bin}/tests/orv_tier_fns.inc ORV_TIER_FN
+    "Generated: every built tier function, public-style and kernel." ${pub_built} ${ker_built})
 
   # Exact set of exported names, for the version script and the tests.
   set(exported ${frame_names} ${libm_names} ${stubs})
