@@ -21,6 +21,21 @@ ORV_API Orv32f* orvsMalloc_32f(int len);
 ORV_API Orv64f* orvsMalloc_64f(int len);
 ORV_API void orvsFree(void* p);
 
+/* Fill and copy. len counts elements; the byte count is len times the
+ * element size in 32-bit arithmetic, unguarded. Checks: a null pointer gives
+ * orvStsNullPtrErr (pointers in argument order), then len < 1 gives
+ * orvStsSizeErr; nothing is written on failure. Any alignment is accepted.
+ * Overlapping source and destination of a copy give no defined result, except
+ * that an exact alias leaves the data as it was. The 8u forms have no stub. */
+ORV_API OrvStatus orvsZero_8u(Orv8u* pDst, int len);
+ORV_API OrvStatus orvsZero_32f(Orv32f* pDst, int len);
+ORV_API OrvStatus orvsZero_64f(Orv64f* pDst, int len);
+ORV_API OrvStatus orvsSet_32f(Orv32f val, Orv32f* pDst, int len);
+ORV_API OrvStatus orvsSet_64f(Orv64f val, Orv64f* pDst, int len);
+ORV_API OrvStatus orvsCopy_8u(const Orv8u* pSrc, Orv8u* pDst, int len);
+ORV_API OrvStatus orvsCopy_32f(const Orv32f* pSrc, Orv32f* pDst, int len);
+ORV_API OrvStatus orvsCopy_64f(const Orv64f* pSrc, Orv64f* pDst, int len);
+
 ORV_EXTERN_C_END
 
 #include "orvtiers.h"
