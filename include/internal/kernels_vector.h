@@ -18,4 +18,18 @@ void ownsSet_32s_M7(const Orv32s* pVal, Orv32s* pDst, int count);
 void ownsSet_64s_M7(const Orv64s* pVal, Orv64s* pDst, int count);
 void ownsSet_32s_E9(const Orv32s* pVal, Orv32s* pDst, int count);
 
+/* Element-wise arithmetic, as the public functions with val last. */
+void ownsAdd_64f(const Orv64f* pSrc1, const Orv64f* pSrc2, Orv64f* pDst, int len);
+void ownsAdd_64f_I(const Orv64f* pSrc, Orv64f* pSrcDst, int len);
+void ownsAddC_64f_I(Orv64f* pSrcDst, int len, Orv64f val);
+void ownsSub_64f(const Orv64f* pSrc1, const Orv64f* pSrc2, Orv64f* pDst, int len);
+void ownsSub_64f_I(const Orv64f* pSrc, Orv64f* pSrcDst, int len);
+void ownsSubC_64f_I(Orv64f* pSrcDst, int len, Orv64f val);
+void ownsSubCRev_64f(const Orv64f* pSrc, Orv64f* pDst, int len, Orv64f val);
+void ownsMul_64f_I(const Orv64f* pSrc, Orv64f* pSrcDst, int len);
+void ownsMulC_64f(const Orv64f* pSrc, Orv64f* pDst, int len, Orv64f val);
+void ownsMulC_64f_I(Orv64f* pSrcDst, int len, Orv64f val);
+void ownsMulC_32f_I(Orv32f* pSrcDst, int len, Orv32f val);
+void ownorvsSqr_64f(const Orv64f* pSrc, Orv64f* pDst, int len);
+
 ORV_EXTERN_C_END
