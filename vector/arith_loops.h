@@ -101,7 +101,7 @@ struct Operands {
 };
 
 template <class T, Second S, class Op>
-inline void scalar_run(const Operands<T, S>& in, T* d, long from, long to, Op op) {
+inline void scalar_run(Operands<T, S> in, T* d, long from, long to, Op op) {
     for (long i = from; i < to; ++i) st(d + i, op(in.x(i), in.y(i)));
 }
 
@@ -109,7 +109,7 @@ inline void scalar_run(const Operands<T, S>& in, T* d, long from, long to, Op op
 // at i (else it is read in 64-bit halves). PfEnd: prefetch while the
 // prefetched address stays below the array's end.
 template <class T, Second S, Store ST, Large L, bool A1, bool A2, class Op>
-void group_run(const Operands<T, S>& in, T* d, long i, long groups, long pfEnd, Op op) {
+void group_run(Operands<T, S> in, T* d, long i, long groups, long pfEnd, Op op) {
     using W = V128<T>;
     constexpr int n = W::lanes;
     auto load = [](const T* p, auto aligned) {
@@ -138,7 +138,7 @@ void group_run(const Operands<T, S>& in, T* d, long i, long groups, long pfEnd, 
 // The 128-bit kernel shape. An operand array equal to d is aligned with it
 // and needs no test of its own; a constant has none.
 template <Rule R, class T, Second S, class Op>
-void sse_loop(const Operands<T, S>& in, T* d, long len, Op op) {
+void sse_loop(Operands<T, S> in, T* d, long len, Op op) {
     constexpr long unit = 2 * V128<T>::lanes;  // elements per group
     if (len < R.minLen) return scalar_run(in, d, 0, len, op);
     auto run = [&](auto store, long i, long groups, long pfEnd) {
@@ -209,7 +209,7 @@ struct V256<float, I> {
 // vector shorter than the prologue plus 16, goes all scalar. No streaming,
 // no prefetch, no threshold; the source alignment is never tested.
 template <class T, Second S, class Op>
-void avx_loop(const Operands<T, S>& in, T* d, long len, Op op) {
+void avx_loop(Operands<T, S> in, T* d, long len, Op op) {
     using W = V256<T>;
     constexpr long es = sizeof(T), step = 16;
     const unsigned a = addr(d) & 31;
@@ -220,6 +220,7 @@ void avx_loop(const Operands<T, S>& in, T* d, long len, Op op) {
     scalar_run(in, d, 0, p, op);
     const typename W::V yc = W::set1(in.c);
     for (long i = p; i < end; i += step) {
+#pragma GCC unroll 4
         for (int k = 0; k < step; k += W::lanes) {
             typename W::V y = yc;
             if constexpr (S == Second::array) y = W::loadu(in.b + i + k);
