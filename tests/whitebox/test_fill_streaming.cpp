@@ -126,29 +126,20 @@ TEST(FillStreaming, ZeroCopyAndSetAreExact) {
             EXPECT_EQ(std::memcmp(d.data(), src.data(), n), 0) << so << "/" << dof;
             EXPECT_TRUE(d.guards_intact() && s.guards_intact());
         }
-    const int count = 300001;
-    for (unsigned off : {0u, 4u, 3u})
-        for (auto set : {m7_orvsSet_64f, u8_orvsSet_64f, y8_orvsSet_64f, e9_orvsSet_64f}) {
-            Block d(8 * count, off);
-            ASSERT_EQ(set(-2.5, reinterpret_cast<Orv64f*>(d.data()), count), orvStsNoErr);
-            for (int i = 0; i < count; ++i) {
-                double x;
-                std::memcpy(&x, d.data() + 8 * i, 8);
-                ASSERT_EQ(x, -2.5) << off << " " << i;
+    auto sets = [](auto fns, auto val, int count, std::initializer_list<unsigned> offsets) {
+        using T = decltype(val);
+        for (unsigned off : offsets)
+            for (auto set : fns) {
+                Block d(sizeof(T) * count, off);
+                ASSERT_EQ(set(val, reinterpret_cast<T*>(d.data()), count), orvStsNoErr);
+                std::vector<T> got(count);
+                std::memcpy(got.data(), d.data(), sizeof(T) * count);
+                EXPECT_EQ(got, std::vector<T>(count, val)) << off;
+                EXPECT_TRUE(d.guards_intact());
             }
-            EXPECT_TRUE(d.guards_intact());
-        }
-    for (unsigned off : {0u, 2u, 1u})
-        for (auto set : {m7_orvsSet_32f, n8_orvsSet_32f, y8_orvsSet_32f, e9_orvsSet_32f}) {
-            Block d(4 * (2 * count), off);
-            ASSERT_EQ(set(7.25f, reinterpret_cast<Orv32f*>(d.data()), 2 * count), orvStsNoErr);
-            for (int i = 0; i < 2 * count; ++i) {
-                float x;
-                std::memcpy(&x, d.data() + 4 * i, 4);
-                ASSERT_EQ(x, 7.25f) << off << " " << i;
-            }
-            EXPECT_TRUE(d.guards_intact());
-        }
+    };
+    sets(std::initializer_list{m7_orvsSet_64f, u8_orvsSet_64f, y8_orvsSet_64f, e9_orvsSet_64f}, -2.5, 300001, {0, 4, 3});
+    sets(std::initializer_list{m7_orvsSet_32f, n8_orvsSet_32f, y8_orvsSet_32f, e9_orvsSet_32f}, 7.25f, 600002, {0, 2, 1});
 }
 
 }  // namespace
