@@ -14,7 +14,7 @@ TIERS = ["m7", "u8", "n8", "y8", "e9"]
 tier, objects = sys.argv[1], sys.argv[2:]
 others = [t for t in TIERS if t != tier]
 
-FRAME = {"orvMalloc", "orvFree", "orvGetMaxCacheSizeB", "orv_set_rc_ssx", "orv_set_cw_ssx", "ps_get_ssx",
+FRAME = {"orvMalloc", "orvFree", "orvGetMaxCacheSizeB", "ownGetReg", "orv_set_rc_ssx", "orv_set_cw_ssx", "ps_get_ssx",
          "ps_set_ssx", "orv_clear_ssx", "ownGetFeature", "orvGetStatusString", "cos", "sin", "log", "sqrt",
          "orv_isnan", "orv_finite", "orvJumpIndexForMergedLibs"}
 RUNTIME = re.compile(r"^(mem(cpy|move|set|cmp)|str\w+|malloc|free|calloc|realloc|abort|exp|expl|logl|sqrtl|"

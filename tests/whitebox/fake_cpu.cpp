@@ -5,7 +5,10 @@
 namespace orv::test {
 namespace {
 FakeCpu g_cpu;
-}
+long g_calls = 0;
+}  // namespace
+
+long cpuid_calls() { return g_calls; }
 
 FakeCpu& FakeCpu::vendor(uint32_t maxLeaf, uint32_t ebx, uint32_t edx, uint32_t ecx) {
     leaves[{0, 0}] = {maxLeaf, ebx, ecx, edx};
@@ -37,6 +40,7 @@ void use_cpu(const FakeCpu& cpu) {
 namespace orv::cpu {
 
 Regs cpuid(int leaf, int subleaf) {
+    ++test::g_calls;
     auto key = std::make_pair(static_cast<uint32_t>(leaf), static_cast<uint32_t>(subleaf));
     auto it = test::g_cpu.leaves.find(key);
     if (it == test::g_cpu.leaves.end()) {

@@ -30,6 +30,9 @@ struct FakeCpu {
 // and the cache-size cache are reset so that the next query reads it.
 void use_cpu(const FakeCpu& cpu);
 
+// CPUID queries answered since the program started.
+long cpuid_calls();
+
 // Leaf-1 ECX and EDX bits.
 namespace ecx {
 constexpr uint32_t SSE3 = 1u << 0, SSSE3 = 1u << 9, SSE41 = 1u << 19, SSE42 = 1u << 20, MOVBE = 1u << 22,
