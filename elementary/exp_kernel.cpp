@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "elementary/unaligned.h"
+#include "internal/orv_unaligned.h"
 #include "internal/orv_tier.h"
 
 namespace orv::ORV_TIER_NS {
@@ -164,7 +164,7 @@ inline void exp_step(const typename Src::T* pSrc, Orv64f* pDst) {
     D y = exp_lanes(x);
     if (movemask<D>(below | above)) {
         for (int l = 0; l < kN; l += 2) {
-            const typename Src::T in[2] = {load(pSrc + l), load(pSrc + l + 1)};
+            const typename Src::T in[2] = {load_elem(pSrc + l), load_elem(pSrc + l + 1)};
             for (int j = 0; j < 2; ++j)
                 if (below[l + j]) y[l + j] = Src::pair_word(in[j]) >= Src::kPairInf ? d(kQNaN) : 0.0;
             for (int j = 0; j < 2; ++j) {
@@ -186,7 +186,7 @@ void exp_kernel(const typename Src::T* pSrc, Orv64f* pDst, int len) {
         for (; i + 4 <= len; i += 4) exp_step<v4d, Src>(pSrc + i, pDst + i);
     for (; i + 2 <= len; i += 2) exp_step<v2d, Src>(pSrc + i, pDst + i);
     if (i < len) {
-        const typename Src::T x = load(pSrc + i);
+        const typename Src::T x = load_elem(pSrc + i);
         const int32_t h = Src::last_word(x);
         const int32_t a = h & 0x7FFFFFFF;
         double y;
@@ -196,7 +196,7 @@ void exp_kernel(const typename Src::T* pSrc, Orv64f* pDst, int len) {
             y = a >= static_cast<int32_t>(kQNaNHigh) ? d(kNegQNaN) : 0.0;
         else
             y = exp_lanes(v2d{static_cast<double>(x), 0.0})[0];
-        store(pDst + i, y);
+        store_elem(pDst + i, y);
     }
     // Invalid and underflow arise from out-of-range lanes and tiny r; the
     // kernel never leaves them set, even if they were set on entry.

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "elementary/unaligned.h"
+#include "internal/orv_unaligned.h"
 #include "internal/orv_tier.h"
 
 namespace orv::ORV_TIER_NS {
@@ -53,12 +53,12 @@ inline bool bad_one(double x) {
 // True division for a bad element; a zero goes past the error hook, which may
 // replace the stored infinity.
 inline double inv_bad(const Orv64f* pSrc, Orv64f* pDst, int pos, OrvStatus& status) {
-    const double x = load(pSrc + pos);
+    const double x = load_elem(pSrc + pos);
     double r = 1.0 / x;
     if (x == 0.0) {
-        store(pDst + pos, r);
+        store_elem(pDst + pos, r);
         ORV_T(vqkdError)(orvStsSingularity, pos, pSrc, pSrc, pDst, pDst, kThisFuncName);
-        r = load(pDst + pos);
+        r = load_elem(pDst + pos);
         status = orvStsSingularity;
     }
     return r;
@@ -111,15 +111,15 @@ ORV_TIER_API OrvStatus ORV_T(orvsInv_64f_A26)(const Orv64f* pSrc, Orv64f* pDst, 
         __builtin_memcpy(dst, out, sizeof out);
     }
     for (; i < len; ++i) {
-        const double x = load(pSrc + i);
+        const double x = load_elem(pSrc + i);
         if (bad_one(x)) {
-            store(pDst + i, inv_bad(pSrc, pDst, i, status));
+            store_elem(pDst + i, inv_bad(pSrc, pDst, i, status));
             continue;
         }
         const double m = __builtin_bit_cast(double, (__builtin_bit_cast(uint64_t, x) & kSignMantissa) | kOne);
         const double m2 = m * m, m4 = m2 * m2, m3 = m * m2;
         const double s = __builtin_bit_cast(double, kScaleBase - (__builtin_bit_cast(uint64_t, x) & kExponent));
-        store(pDst + i, s * ((1.0 / m4) * m3));
+        store_elem(pDst + i, s * ((1.0 / m4) * m3));
     }
     return status;
 }

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "elementary/unaligned.h"
+#include "internal/orv_unaligned.h"
 #include "internal/orv_tier.h"
 
 namespace orv::ORV_TIER_NS {
@@ -73,7 +73,7 @@ ORV_TIER_API OrvStatus ORV_T(orvsInv_64f_A26)(const Orv64f* pSrc, Orv64f* pDst, 
         const __m128d v[4] = {_mm_loadu_pd(pSrc + i), _mm_loadu_pd(pSrc + i + 2), _mm_loadu_pd(pSrc + i + 4),
                               _mm_loadu_pd(pSrc + i + 6)};
         if (!block_in_range(v)) {
-            for (int j = i; j < i + 8; ++j) store(pDst + j, inv_one(load(pSrc + j), status));
+            for (int j = i; j < i + 8; ++j) store_elem(pDst + j, inv_one(load_elem(pSrc + j), status));
             continue;
         }
         // A = v0, B = v1, C = v2, D = v3: 1/A = B / (AB), and so on.
@@ -85,7 +85,7 @@ ORV_TIER_API OrvStatus ORV_T(orvsInv_64f_A26)(const Orv64f* pSrc, Orv64f* pDst, 
         _mm_storeu_pd(pDst + i + 4, _mm_mul_pd(v[3], invQ));
         _mm_storeu_pd(pDst + i + 6, _mm_mul_pd(v[2], invQ));
     }
-    for (; i < len; ++i) store(pDst + i, inv_one(load(pSrc + i), status));
+    for (; i < len; ++i) store_elem(pDst + i, inv_one(load_elem(pSrc + i), status));
 
     if (changed) orv_set_cw_ssx(saved);
     return status;

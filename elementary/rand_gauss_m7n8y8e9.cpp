@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "elementary/unaligned.h"
+#include "internal/orv_unaligned.h"
 #include "internal/orv_tier.h"
 
 namespace orv::ORV_TIER_NS {
@@ -64,16 +64,16 @@ ORV_TIER_API OrvStatus ORV_T(orvsRandGauss_Direct_64f)(Orv64f* pDst, int len, Or
                                                        unsigned int* pSeed) {
     if (!pDst || !pSeed) return orvStsNullPtrErr;
     if (len < 1) return orvStsSizeErr;
-    Source src(load(pSeed));
+    Source src(load_elem(pSeed));
     double u1, u2;
     double f = src.accepted(u1, u2);
     for (; len > 1; len -= 2, pDst += 2) {
-        store(pDst, u2 * stdev * f + mean);
-        store(pDst + 1, u1 * stdev * f + mean);
+        store_elem(pDst, u2 * stdev * f + mean);
+        store_elem(pDst + 1, u1 * stdev * f + mean);
         f = src.accepted(u1, u2);
     }
     // The pair made last is written in part or not at all; its state stays.
-    if (len == 1) store(pDst, u2 * stdev * f + mean);
-    store(pSeed, src.x);
+    if (len == 1) store_elem(pDst, u2 * stdev * f + mean);
+    store_elem(pSeed, src.x);
     return orvStsNoErr;
 }

@@ -83,7 +83,7 @@ inline void by_alignment(bool a, bool b, F&& f) {
 
 enum class Store { aligned, stream, halves };
 
-inline bool aligned16(const void* p) { return (addr(p) & 15) == 0; }
+inline bool aligned16(const void* p) { return (address(p) & 15) == 0; }
 
 // The operands of one call: x from a, y from b (an array) or from c.
 template <class T, Second S>
@@ -91,18 +91,18 @@ struct Operands {
     const T* a;
     const T* b;
     T c;
-    T x(long i) const { return ld(a + i); }
+    T x(long i) const { return load_elem(a + i); }
     T y(long i) const {
         if constexpr (S == Second::constant)
             return c;
         else
-            return ld(b + i);
+            return load_elem(b + i);
     }
 };
 
 template <class T, Second S, class Op>
 inline void scalar_run(Operands<T, S> in, T* d, long from, long to, Op op) {
-    for (long i = from; i < to; ++i) st(d + i, op(in.x(i), in.y(i)));
+    for (long i = from; i < to; ++i) store_elem(d + i, op(in.x(i), in.y(i)));
 }
 
 // Groups of two vectors from element i on. A1/A2: the operand is 16-aligned
@@ -156,7 +156,7 @@ void sse_loop(Operands<T, S> in, T* d, long len, Op op) {
         if constexpr (R.large == Large::prefetch_nta) return groups * unit > R.threshold ? len : 0L;
         return len;
     };
-    if (addr(d) % sizeof(T)) {
+    if (address(d) % sizeof(T)) {
         // The destination never reaches 16-byte alignment: results in 64-bit
         // halves, never streamed.
         long groups = len / unit;
@@ -164,7 +164,7 @@ void sse_loop(Operands<T, S> in, T* d, long len, Op op) {
         return scalar_run(in, d, groups * unit, len, op);
     }
     // Scalar elements up to the destination's 16-byte boundary.
-    long i = static_cast<long>((0 - (addr(d) & 15) / sizeof(T)) & (16 / sizeof(T) - 1));
+    long i = static_cast<long>((0 - (address(d) & 15) / sizeof(T)) & (16 / sizeof(T) - 1));
     scalar_run(in, d, 0, i, op);
     long groups = (len - i) / unit;
     bool streaming = false;
@@ -212,7 +212,7 @@ template <class T, Second S, class Op>
 void avx_loop(Operands<T, S> in, T* d, long len, Op op) {
     using W = V256<T>;
     constexpr long es = sizeof(T), step = 16;
-    const unsigned a = addr(d) & 31;
+    const unsigned a = address(d) & 31;
     if (a && (a & (es - 1))) return scalar_run(in, d, 0, len, op);
     const long p = a ? (32 - a) / es : 0;
     if (len < p + step) return scalar_run(in, d, 0, len, op);

@@ -34,7 +34,7 @@ ORV_TIER_API void ORV_T(ownsCopy_8u_E9)(const Orv8u* pSrc, Orv8u* pDst, int byte
         // One unaligned piece, then 128-byte blocks stored aligned from the
         // next 32-byte boundary of the destination.
         copy_any<32>(s, d);
-        unsigned skip = -addr(d) & 31;
+        unsigned skip = -address(d) & 31;
         s += skip, d += skip, n -= skip;
         for (; n >= 128; n -= 128, s += 128, d += 128) {
             __m256i a = ldu32(s), b = ldu32(s + 32), c = ldu32(s + 64), e = ldu32(s + 96);
@@ -58,7 +58,7 @@ ORV_TIER_API void ORV_T(ownsCopy_8u)(const Orv8u* pSrc, Orv8u* pDst, int bytes) 
     u8* d = pDst;
     long n = bytes;
     copy_any<64>(s, d);
-    unsigned skip = -addr(d) & 63;
+    unsigned skip = -address(d) & 63;
     s += skip, d += skip, n -= skip;
     for (; n >= 64; n -= 64, s += 64, d += 64) {
         __m256i a = ldu32(s), b = ldu32(s + 32);
@@ -69,8 +69,8 @@ ORV_TIER_API void ORV_T(ownsCopy_8u)(const Orv8u* pSrc, Orv8u* pDst, int bytes) 
     if (n & 16)
         _mm_stream_si128(reinterpret_cast<__m128i*>(d), _mm_loadu_si128(reinterpret_cast<const __m128i*>(s))), s += 16,
             d += 16;
-    if (n & 8) _mm_stream_si64(reinterpret_cast<long long*>(d), ld(reinterpret_cast<const long long*>(s))), s += 8, d += 8;
-    if (n & 4) _mm_stream_si32(reinterpret_cast<int*>(d), ld(reinterpret_cast<const int*>(s))), s += 4, d += 4;
+    if (n & 8) _mm_stream_si64(reinterpret_cast<long long*>(d), load_elem(reinterpret_cast<const long long*>(s))), s += 8, d += 8;
+    if (n & 4) _mm_stream_si32(reinterpret_cast<int*>(d), load_elem(reinterpret_cast<const int*>(s))), s += 4, d += 4;
     if (n & 2) copy_piece<2>(s, d), s += 2, d += 2;
     if (n & 1) *d = *s;
     _mm_sfence();

@@ -77,7 +77,7 @@ void copy_backward(const u8* s, u8* d, long n) {
 // speed; it promises nothing for overlapping arrays.
 void copy_aligned(const u8* s, u8* d, long n) {
     if constexpr (kFull) {
-        long dist = static_cast<long>(addr(s) & 4095) - static_cast<long>(addr(d) & 4095);
+        long dist = static_cast<long>(address(s) & 4095) - static_cast<long>(address(d) & 4095);
         if (!((dist > 0 && dist <= 160) || dist < -3936)) return copy_backward(s, d, n);
     }
     copy_forward(s, d, n);
@@ -106,7 +106,7 @@ void copy_shifted(const u8*& s, u8*& d, long& n) {
 template <bool Shift>
 void copy_misaligned(const u8* s, u8* d, long n) {
     if constexpr (Shift) {
-        switch (addr(s) & 15) {
+        switch (address(s) & 15) {
             case 4: copy_shifted<4>(s, d, n); break;
             case 8: copy_shifted<8>(s, d, n); break;
             case 12: copy_shifted<12>(s, d, n); break;
@@ -130,7 +130,7 @@ ORV_TIER_API void ORV_T(ownsCopy_8u)(const Orv8u* pSrc, Orv8u* pDst, int bytes) 
     u8* d = pDst;
     long n = bytes;
     if (n < 64) return short_copy(s, d, static_cast<unsigned>(n));
-    if (unsigned mis = addr(d) & 15) {
+    if (unsigned mis = address(d) & 15) {
         // 16 bytes unaligned, then on from the boundary: the overlap is
         // written twice.
         copy_piece<16>(s, d);
@@ -138,12 +138,12 @@ ORV_TIER_API void ORV_T(ownsCopy_8u)(const Orv8u* pSrc, Orv8u* pDst, int bytes) 
         if (n < 64) return short_copy(s, d, static_cast<unsigned>(n));
         // A source that became aligned skips the size test: such a copy
         // never goes non-temporal.
-        if (!(addr(s) & 15)) return copy_aligned(s, d, n);
+        if (!(address(s) & 15)) return copy_aligned(s, d, n);
     }
     if (n >= kNtFrom) {
         long cache = cache_size_by_descriptors();
         if (cache > 0 && n >= cache / 2) return copy_nt(s, d, n);
     }
-    if (!(addr(s) & 15)) return copy_aligned(s, d, n);
+    if (!(address(s) & 15)) return copy_aligned(s, d, n);
     copy_misaligned<kFull>(s, d, n);
 }

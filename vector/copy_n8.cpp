@@ -46,7 +46,7 @@ ORV_TIER_API void ORV_T(ownsCopy_8u)(const Orv8u* pSrc, Orv8u* pDst, int bytes) 
     long n = bytes;
     if (n < 16) return short_copy(s, d, static_cast<unsigned>(n));
     // Destination to 16 bytes by 1, 2, 4 and 8-byte steps.
-    if (unsigned mis = -addr(d) & 15) {
+    if (unsigned mis = -address(d) & 15) {
         if (mis & 1) *d++ = *s++;
         if (mis & 2) copy_piece<2>(s, d), s += 2, d += 2;
         if (mis & 4) copy_piece<4>(s, d), s += 4, d += 4;
@@ -58,7 +58,7 @@ ORV_TIER_API void ORV_T(ownsCopy_8u)(const Orv8u* pSrc, Orv8u* pDst, int bytes) 
         long cache = cache_size_by_descriptors();
         if (cache > 0 && n > cache / 2) return copy_nt(s, d, n);
     }
-    if (addr(s) & 15)
+    if (address(s) & 15)
         copy_long<false>(s, d, n);
     else
         copy_long<true>(s, d, n);

@@ -18,24 +18,24 @@ namespace {
 // (acc0 + acc1) + (acc2 + acc3), then high + low.
 double dot_pairs(const double* x, const double* y, int n) {
     __m128d a0 = _mm_setzero_pd(), a1 = a0, a2 = a0, a3 = a0;
-    if ((addr(x) | addr(y)) & 15) {
-        if ((addr(y) & 7) && !(addr(x) & 7)) {
+    if ((address(x) | address(y)) & 15) {
+        if ((address(y) & 7) && !(address(x) & 7)) {
             const double* t = x;
             x = y;
             y = t;
         }
-        for (; addr(y) & 15; ++x, ++y) {
-            a0 = add_lo(a0, ld(x) * ld(y));
+        for (; address(y) & 15; ++x, ++y) {
+            a0 = add_lo(a0, load_elem(x) * load_elem(y));
             if (--n == 0) goto fold;
         }
-        if (addr(x) & 15) {
+        if (address(x) & 15) {
             auto halves = [](const double* p) { return _mm_loadh_pd(_mm_loadl_pd(_mm_setzero_pd(), p), p + 1); };
             for (; n >= 6; n -= 6, x += 6, y += 6) {
                 a0 = _mm_add_pd(a0, _mm_mul_pd(halves(x), _mm_load_pd(y)));
                 a1 = _mm_add_pd(a1, _mm_mul_pd(halves(x + 2), _mm_load_pd(y + 2)));
                 a2 = _mm_add_pd(a2, _mm_mul_pd(halves(x + 4), _mm_load_pd(y + 4)));
             }
-            for (; n > 0; --n, ++x, ++y) a0 = add_lo(a0, ld(x) * ld(y));
+            for (; n > 0; --n, ++x, ++y) a0 = add_lo(a0, load_elem(x) * load_elem(y));
             goto fold;
         }
     }
@@ -46,7 +46,7 @@ double dot_pairs(const double* x, const double* y, int n) {
         a3 = _mm_add_pd(a3, _mm_mul_pd(_mm_load_pd(x + 6), _mm_load_pd(y + 6)));
     }
     for (; n >= 2; n -= 2, x += 2, y += 2) a0 = _mm_add_pd(a0, _mm_mul_pd(_mm_load_pd(x), _mm_load_pd(y)));
-    if (n) a0 = add_lo(a0, ld(x) * ld(y));
+    if (n) a0 = add_lo(a0, load_elem(x) * load_elem(y));
 fold:
     __m128d t = _mm_add_pd(_mm_add_pd(a0, a1), _mm_add_pd(a2, a3));
     return hi(t) + lo(t);
@@ -62,7 +62,7 @@ double dot32_pairs(const float* x, const float* y, int n) {
         a1 = _mm_add_pd(a1, _mm_mul_pd(widen2(x + 2), widen2(y + 2)));
         a0 = _mm_add_pd(a0, _mm_mul_pd(widen2(x + 4), widen2(y + 4)));
     }
-    for (; n > 0; --n, ++x, ++y) a1 = add_lo(a1, static_cast<double>(ldf(x)) * static_cast<double>(ldf(y)));
+    for (; n > 0; --n, ++x, ++y) a1 = add_lo(a1, static_cast<double>(load_elem(x)) * static_cast<double>(load_elem(y)));
     __m128d t = _mm_add_pd(a0, a1);
     return hi(t) + lo(t);
 }
@@ -84,7 +84,7 @@ double dot32_wide(const float* x, const float* y, int n) {
     a0 = _mm256_add_pd(_mm256_add_pd(a0, a1), _mm256_add_pd(a2, a3));
     for (; n >= 4; n -= 4, x += 4, y += 4) a0 = _mm256_add_pd(a0, prod(x, y));
     __m128d r = D4::fold_add(a0);
-    for (; n > 0; --n, ++x, ++y) r = add_lo(r, static_cast<double>(ldf(x)) * static_cast<double>(ldf(y)));
+    for (; n > 0; --n, ++x, ++y) r = add_lo(r, static_cast<double>(load_elem(x)) * static_cast<double>(load_elem(y)));
     return hi(r) + lo(r);
 }
 
@@ -96,7 +96,7 @@ using orv::Tier;
 
 ORV_TIER_API Orv64f ORV_T(DotProd_64f)(const Orv64f* pSrc1, const Orv64f* pSrc2, int len) {
     if constexpr (kTier == Tier::n8)
-        return scalar_sum4(len, [pSrc1, pSrc2](int i) { return ld(pSrc1 + i) * ld(pSrc2 + i); });
+        return scalar_sum4(len, [pSrc1, pSrc2](int i) { return load_elem(pSrc1 + i) * load_elem(pSrc2 + i); });
     else return dot_pairs(pSrc1, pSrc2, len);
 }
 
@@ -112,7 +112,7 @@ ORV_TIER_API Orv64f ORV_T(DotProd_64f)(const Orv64f* pSrc1, const Orv64f* pSrc2,
 ORV_TIER_API Orv64f ORV_T(ORV_DOT32F64F_KERNEL)(const Orv32f* pSrc1, const Orv32f* pSrc2, int len) {
     if constexpr (kTier == Tier::n8)
         return scalar_sum4(len, [pSrc1, pSrc2](int i) {
-            return static_cast<double>(ldf(pSrc1 + i)) * static_cast<double>(ldf(pSrc2 + i));
+            return static_cast<double>(load_elem(pSrc1 + i)) * static_cast<double>(load_elem(pSrc2 + i));
         });
     else if constexpr (kTier == Tier::e9) return dot32_wide(pSrc1, pSrc2, len);
     else return dot32_pairs(pSrc1, pSrc2, len);
@@ -121,13 +121,13 @@ ORV_TIER_API Orv64f ORV_T(ORV_DOT32F64F_KERNEL)(const Orv32f* pSrc1, const Orv32
 ORV_TIER_API OrvStatus ORV_T(orvsDotProd_64f)(const Orv64f* pSrc1, const Orv64f* pSrc2, int len, Orv64f* pDp) {
     if (!pSrc1 || !pSrc2 || !pDp) return orvStsNullPtrErr;
     if (len < 1) return orvStsSizeErr;
-    st(pDp, ORV_T(DotProd_64f)(pSrc1, pSrc2, len));
+    store_elem(pDp, ORV_T(DotProd_64f)(pSrc1, pSrc2, len));
     return orvStsNoErr;
 }
 
 ORV_TIER_API OrvStatus ORV_T(orvsDotProd_32f64f)(const Orv32f* pSrc1, const Orv32f* pSrc2, int len, Orv64f* pDp) {
     if (!pSrc1 || !pSrc2 || !pDp) return orvStsNullPtrErr;
     if (len < 1) return orvStsSizeErr;
-    st(pDp, ORV_T(ORV_DOT32F64F_KERNEL)(pSrc1, pSrc2, len));
+    store_elem(pDp, ORV_T(ORV_DOT32F64F_KERNEL)(pSrc1, pSrc2, len));
     return orvStsNoErr;
 }

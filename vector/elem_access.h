@@ -1,30 +1,15 @@
-// Element access for tier code whose arrays may have any alignment, also
-// below the element size: scalar loads and stores go through memcpy (one
-// mov), and alignment tests read the address. Internal linkage per tier.
+// Alignment steps for tier code whose arrays may start at any byte address.
+// Internal linkage per tier.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "internal/orv_tier.h"
+#include "internal/orv_unaligned.h"
 
 namespace orv::ORV_TIER_NS {
 namespace {
-
-template <class T>
-inline T load_elem(const T* p) {
-    T v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
-
-template <class T>
-inline void store_elem(T* p, T v) {
-    std::memcpy(p, &v, sizeof v);
-}
-
-inline uintptr_t address(const void* p) { return reinterpret_cast<uintptr_t>(p); }
 
 // Elements of size `elem` to step over before p is a multiple of `align`
 // bytes, at most n; 0 when p is not even a multiple of the element size, as

@@ -23,20 +23,20 @@ double max_lanes(const double* p, int n, double seed) {
         for (; n >= V::kN; n -= V::kN, p += V::kN) a0 = V::max(a0, V::template load<kAligned>(p));
     __m128d r = V::fold_max(a0);
     for (; n >= 2; n -= 2, p += 2) r = _mm_max_pd(r, D2::load<kAligned>(p));
-    if (n) r = max_lo(r, ld(p));
+    if (n) r = max_lo(r, load_elem(p));
     return max_halves(r);
 }
 
 double max_64f(const double* p, int n) {
-    double seed = ld(p);
+    double seed = load_elem(p);
     // e9 loads unaligned from element 0.
     if constexpr (kWide) return max_lanes<D4, false>(p, n, seed);
     // Element 0 is the seed; an odd multiple of 8 steps past it.
-    if (addr(p) & 8) {
+    if (address(p) & 8) {
         ++p;
         --n;
     }
-    if (addr(p) & 15) return max_lanes<D2, false>(p, n, seed);
+    if (address(p) & 15) return max_lanes<D2, false>(p, n, seed);
     return max_lanes<D2, true>(p, n, seed);
 }
 
@@ -47,7 +47,7 @@ double max_64f(const double* p, int n) {
 template <class V, bool kAligned>
 void minmax_lanes(const double* p, int n, double* pMin, double* pMax) {
     using R = typename V::R;
-    R mx = V::all(ld(p)), mn = mx;
+    R mx = V::all(load_elem(p)), mn = mx;
     for (; n >= 2 * V::kN; n -= 2 * V::kN, p += 2 * V::kN) {
         R v = V::template load<kAligned>(p), w = V::template load<kAligned>(p + V::kN);
         mx = V::max(mx, v);
@@ -65,12 +65,12 @@ void minmax_lanes(const double* p, int n, double* pMin, double* pMax) {
             hn = _mm_min_pd(hn, w);
         }
     for (; n > 0; --n, ++p) {
-        double x = ld(p);
+        double x = load_elem(p);
         hx = max_lo(hx, x);
         hn = min_lo(hn, x);
     }
-    st(pMax, max_halves(hx));
-    st(pMin, min_halves(hn));
+    store_elem(pMax, max_halves(hx));
+    store_elem(pMin, min_halves(hn));
 }
 
 // First index of the maximum, as a plain loop would find it: a later element
@@ -79,7 +79,7 @@ void minmax_lanes(const double* p, int n, double* pMin, double* pMax) {
 // the lane version.
 void maxindx_scalar(const double* p, int start, int n, double& best, int& index) {
     for (int i = start; i < n; ++i) {
-        double x = ld(p + i);
+        double x = load_elem(p + i);
         if (x > best) {
             best = x;
             index = i;
@@ -96,7 +96,7 @@ template <class V>
 void maxindx_lanes(const double* p, int n, double* pMax, int* pIndx) {
     using R = typename V::R;
     constexpr int kStep = 4 * V::kN;
-    double seed = ld(p);
+    double seed = load_elem(p);
     R best[4], index[4], at[4];
 #pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
@@ -133,7 +133,7 @@ void maxindx_lanes(const double* p, int n, double* pMax, int* pIndx) {
         }
     }
     maxindx_scalar(p, i, n, bestValue, bestIndex);
-    st(pMax, bestValue);
+    store_elem(pMax, bestValue);
     *pIndx = bestIndex;
 }
 
@@ -162,11 +162,11 @@ template <class V>
 void maxindx_kernel(const double* p, int n, double* pMax, int* pIndx) {
     using R = typename V::R;
     constexpr int kAlign = 8 * V::kN;
-    double seed = ld(p);
+    double seed = load_elem(p);
     R a0 = V::all(seed), a1 = a0;
     __m128d s = _mm_set1_pd(seed);
     int i = 0;
-    for (; i < n && (addr(p + i) & (kAlign - 1)); ++i) s = max_lo(s, ld(p + i));
+    for (; i < n && (address(p + i) & (kAlign - 1)); ++i) s = max_lo(s, load_elem(p + i));
     a0 = V::max(a0, V::all(_mm_cvtsd_f64(s)));
     for (; n - i >= 2 * V::kN; i += 2 * V::kN) {
         a0 = V::max(a0, V::template load<true>(p + i));
@@ -176,14 +176,14 @@ void maxindx_kernel(const double* p, int n, double* pMax, int* pIndx) {
     // folds first and takes them in the low lane of the result.
     __m128d r;
     if constexpr (V::kN == 2) {
-        for (; i < n; ++i) a0 = max_lo(a0, ld(p + i));
+        for (; i < n; ++i) a0 = max_lo(a0, load_elem(p + i));
         r = V::max(a0, a1);
     } else {
         r = V::fold_max(V::max(a0, a1));
-        for (; i < n; ++i) r = max_lo(r, ld(p + i));
+        for (; i < n; ++i) r = max_lo(r, load_elem(p + i));
     }
     double m = max_halves(r);
-    st(pMax, m);
+    store_elem(pMax, m);
     *pIndx = find_bits(p, n, m);
 }
 
@@ -209,14 +209,14 @@ ORV_TIER_API Orv64f ORV_T(ownorvsMax_64f)(const Orv64f* pSrc, int len) { return 
 
 ORV_TIER_API void ORV_T(MiniMax_64f_M7)(const Orv64f* pSrc, int len, Orv64f* pMin, Orv64f* pMax) {
     if constexpr (kWide) minmax_lanes<D4, false>(pSrc, len, pMin, pMax);
-    else if (addr(pSrc) & 15) minmax_lanes<D2, false>(pSrc, len, pMin, pMax);
+    else if (address(pSrc) & 15) minmax_lanes<D2, false>(pSrc, len, pMin, pMax);
     else minmax_lanes<D2, true>(pSrc, len, pMin, pMax);
 }
 
 ORV_TIER_API OrvStatus ORV_T(orvsMax_64f)(const Orv64f* pSrc, int len, Orv64f* pMax) {
     if (!pSrc || !pMax) return orvStsNullPtrErr;
     if (len < 1) return orvStsSizeErr;
-    st(pMax, ORV_T(ownorvsMax_64f)(pSrc, len));
+    store_elem(pMax, ORV_T(ownorvsMax_64f)(pSrc, len));
     return orvStsNoErr;
 }
 
@@ -233,17 +233,17 @@ ORV_TIER_API OrvStatus ORV_T(orvsMaxIndx_64f)(const Orv64f* pSrc, int len, Orv64
     if (!pIndx) return ORV_T(orvsMax_64f)(pSrc, len, pMax);
     if (len < 1) return orvStsSizeErr;
     // A multiple of 8 with at least 32 elements: the two-pass kernel.
-    if ((addr(pSrc) & 7) == 0 && len >= 32) {
+    if ((address(pSrc) & 7) == 0 && len >= 32) {
         ORV_T(ORV_MAXINDX_KERNEL)(pSrc, len, pMax, pIndx);
         return orvStsNoErr;
     }
     // Otherwise in place: n8 by a plain loop, the others by lanes, 8 elements
     // a step (16 on e9), with the same result.
     if constexpr (kTier == Tier::n8) {
-        double best = ld(pSrc);
+        double best = load_elem(pSrc);
         int index = 0;
         maxindx_scalar(pSrc, 1, len, best, index);
-        st(pMax, best);
+        store_elem(pMax, best);
         *pIndx = index;
     } else if constexpr (kWide) {
         maxindx_lanes<D4>(pSrc, len, pMax, pIndx);
@@ -262,16 +262,16 @@ ORV_TIER_API OrvStatus ORV_T(orvsMinMaxIndx_64f)(const Orv64f* pSrc, int len, Or
     if (len < 1) return orvStsSizeErr;
     double mn, mx;
     ORV_T(MiniMax_64f_M7)(pSrc, len, &mn, &mx);
-    st(pMin, mn);
-    st(pMax, mx);
+    store_elem(pMin, mn);
+    store_elem(pMax, mx);
     int minIndex = 0, maxIndex = 0;
     for (int i = 0; i < len; ++i)
-        if (ld(pSrc + i) == mn) {
+        if (load_elem(pSrc + i) == mn) {
             minIndex = i;
             break;
         }
     for (int i = 0; i < len; ++i)
-        if (ld(pSrc + i) == mx) {
+        if (load_elem(pSrc + i) == mx) {
             maxIndex = i;
             break;
         }

@@ -10,27 +10,12 @@
 #include <cstring>
 #include <type_traits>
 
-#include "internal/orv_tier.h"
+#include "internal/orv_unaligned.h"
 
 namespace orv::ORV_TIER_NS {
 namespace {
 
 using u8 = unsigned char;
-
-inline uintptr_t addr(const void* p) { return reinterpret_cast<uintptr_t>(p); }
-
-// Element access at any byte alignment (arrays need not be aligned to their
-// element size).
-template <class T>
-inline T ld(const T* p) {
-    T x;
-    std::memcpy(&x, p, sizeof x);
-    return x;
-}
-template <class T>
-inline void st(T* p, T x) {
-    std::memcpy(p, &x, sizeof x);
-}
 
 // A fixed piece of N bytes (N up to 16) moved or written with one access.
 template <int N>

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "internal/orv_tier.h"
+#include "internal/orv_unaligned.h"
 
 // The 256-bit types below are used only by e9 code; below e9 they are never
 // emitted, so the warning about their calling convention does not apply.
@@ -18,20 +18,6 @@
 
 namespace orv::ORV_TIER_NS {
 namespace {
-
-inline uintptr_t addr(const void* p) { return reinterpret_cast<uintptr_t>(p); }
-
-inline double ld(const double* p) {
-    double x;
-    std::memcpy(&x, p, sizeof x);
-    return x;
-}
-inline float ldf(const float* p) {
-    float x;
-    std::memcpy(&x, p, sizeof x);
-    return x;
-}
-inline void st(double* p, double x) { std::memcpy(p, &x, sizeof x); }
 
 inline int min_int(int a, int b) { return a < b ? a : b; }
 

@@ -24,41 +24,41 @@ template <class E>
 void fill_from_aligned_element(u8* p, E v, long count) {
     long n = count * static_cast<long>(sizeof(E));
     if (n < 16) {
-        for (; n > 0; n -= sizeof(E), p += sizeof(E)) st(reinterpret_cast<E*>(p), v);
+        for (; n > 0; n -= sizeof(E), p += sizeof(E)) store_elem(reinterpret_cast<E*>(p), v);
         return;
     }
     const __m128i pat = broadcast(v);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), pat);
-    unsigned skip = 16 - (addr(p) & 15);
+    unsigned skip = 16 - (address(p) & 15);
     p += skip, n -= skip;
     for (; n >= 64; n -= 64, p += 64) {
         auto* q = reinterpret_cast<__m128i*>(p);
         _mm_store_si128(q, pat), _mm_store_si128(q + 1, pat), _mm_store_si128(q + 2, pat), _mm_store_si128(q + 3, pat);
     }
     for (; n >= 16; n -= 16, p += 16) _mm_store_si128(reinterpret_cast<__m128i*>(p), pat);
-    for (; n > 0; n -= sizeof(E), p += sizeof(E)) st(reinterpret_cast<E*>(p), v);
+    for (; n > 0; n -= sizeof(E), p += sizeof(E)) store_elem(reinterpret_cast<E*>(p), v);
 }
 
 template <class E>
 void set_m7(const E* pVal, E* pDst, long count) {
     constexpr unsigned es = sizeof(E), half = es / 2;
-    E v = ld(pVal);
+    E v = load_elem(pVal);
     u8* p = reinterpret_cast<u8*>(pDst);
-    if (addr(p) % half) {
+    if (address(p) % half) {
         // Never reaches a 16-byte boundary: element stores throughout.
-        for (; count > 0; --count, p += es) st(reinterpret_cast<E*>(p), v);
+        for (; count > 0; --count, p += es) store_elem(reinterpret_cast<E*>(p), v);
         return;
     }
-    if (addr(p) % es) {
+    if (address(p) % es) {
         // First and last element, then the pattern from half an element on,
         // which reads as the value with its halves swapped.
-        st(reinterpret_cast<E*>(p), v);
-        st(reinterpret_cast<E*>(p + (count - 1) * es), v);
+        store_elem(reinterpret_cast<E*>(p), v);
+        store_elem(reinterpret_cast<E*>(p + (count - 1) * es), v);
         v = static_cast<E>(v >> (4 * es) | v << (4 * es));
         p += half, count -= 1;
     }
     if (count > kLargeCount) {
-        for (; addr(p) & 15; --count, p += es) st(reinterpret_cast<E*>(p), v);
+        for (; address(p) & 15; --count, p += es) store_elem(reinterpret_cast<E*>(p), v);
         // A fill larger than the cache streams past it (counted in elements).
         long cache = cache_size_by_descriptors();
         if (cache > 0 && count > cache / static_cast<long>(es)) {

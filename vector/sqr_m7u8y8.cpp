@@ -32,16 +32,16 @@ using namespace orv::ORV_TIER_NS;
 
 ORV_TIER_API void ORV_T(ownorvsSqr_64f)(const Orv64f* pSrc, Orv64f* pDst, int len) {
     long i = 0;
-    if (addr(pDst) & 8) {
-        double x = ld(pSrc);
-        st(pDst, x * x);
+    if (address(pDst) & 8) {
+        double x = load_elem(pSrc);
+        store_elem(pDst, x * x);
         if (++i == len) return;
     }
-    if (addr(pDst + i) & 15)
+    if (address(pDst + i) & 15)
         square_groups<false, SrcKind::any>(pSrc, pDst, i, len);
-    else if (!(addr(pSrc + i) & 15))
+    else if (!(address(pSrc + i) & 15))
         square_groups<true, SrcKind::aligned>(pSrc, pDst, i, len);
-    else if (!(addr(pSrc + i) & 7))
+    else if (!(address(pSrc + i) & 7))
         square_groups<true, SrcKind::eight>(pSrc, pDst, i, len);
     else
         square_groups<true, SrcKind::any>(pSrc, pDst, i, len);
@@ -51,7 +51,7 @@ ORV_TIER_API void ORV_T(ownorvsSqr_64f)(const Orv64f* pSrc, Orv64f* pDst, int le
         i += 2;
     }
     if (i < len) {
-        double x = ld(pSrc + i);
-        st(pDst + i, x * x);
+        double x = load_elem(pSrc + i);
+        store_elem(pDst + i, x * x);
     }
 }

@@ -12,9 +12,9 @@ namespace {
 // each element in its own register.
 template <size_t... K>
 inline void square_block(const double* s, double* d, std::index_sequence<K...>) {
-    __m128d v[] = {_mm_set_sd(ld(s + K))...};
+    __m128d v[] = {_mm_set_sd(load_elem(s + K))...};
     ((v[K] = _mm_mul_sd(v[K], v[K])), ...);
-    (st(d + K, _mm_cvtsd_f64(v[K])), ...);
+    (store_elem(d + K, _mm_cvtsd_f64(v[K])), ...);
 }
 template <int N>
 inline void square_block(const double* s, double* d) {

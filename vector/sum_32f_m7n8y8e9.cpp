@@ -29,7 +29,7 @@ __m128d sum_block(const float* p, int n) {
         n -= 2;
         p += 2;
     }
-    if (n) r = _mm_add_ss(r, _mm_set_ss(ldf(p)));
+    if (n) r = _mm_add_ss(r, _mm_set_ss(load_elem(p)));
     return _mm_cvtps_pd(_mm_add_ps(r, _mm_movehl_ps(r, r)));
 }
 
@@ -50,10 +50,10 @@ double sum_fast(const float* p, int n) {
     __m128d pair = _mm_setzero_pd();
     if constexpr (kTier == Tier::e9) {
         // A pointer that is not a multiple of 4 cannot be aligned: scalar path.
-        if (addr(p) & 3) return scalar_sum4(n, [p](int i) { return static_cast<double>(ldf(p + i)); });
-        unsigned a = addr(p) & 31;
+        if (address(p) & 3) return scalar_sum4(n, [p](int i) { return static_cast<double>(load_elem(p + i)); });
+        unsigned a = address(p) & 31;
         int lead = min_int(n, a ? static_cast<int>((32 - a) >> 2) : 0);
-        for (int i = 0; i < lead; ++i) pair = add_lo(pair, ldf(p + i));
+        for (int i = 0; i < lead; ++i) pair = add_lo(pair, load_elem(p + i));
         if (lead == n) return lo(pair) + hi(pair);
         return sum_blocks<F8, true>(p + lead, n - lead, pair);
     } else {
@@ -61,9 +61,9 @@ double sum_fast(const float* p, int n) {
         // pointer is a multiple of 4 (then 16-aligned after the lead-in).
         // The lead-in steps while address bits 2 and 3 are not both clear,
         // which a pointer that is not a multiple of 4 leaves early.
-        bool aligned = (addr(p) & 3) == 0;
-        for (; addr(p) & 12; ++p) {
-            pair = add_lo(pair, ldf(p));
+        bool aligned = (address(p) & 3) == 0;
+        for (; address(p) & 12; ++p) {
+            pair = add_lo(pair, load_elem(p));
             if (--n == 0) return lo(pair) + hi(pair);
         }
         if (aligned) return sum_blocks<F4, true>(p, n, pair);
@@ -76,8 +76,8 @@ double sum_fast(const float* p, int n) {
 // its low lane; total acc0 + acc1, then low + high.
 double sum_accur_pairs(const float* p, int n) {
     __m128d a0 = _mm_setzero_pd(), a1 = a0, a2 = a0, a3 = a0;
-    if (addr(p) & 4) {
-        a0 = _mm_set_sd(ldf(p));
+    if (address(p) & 4) {
+        a0 = _mm_set_sd(load_elem(p));
         ++p;
         --n;
     }
@@ -101,7 +101,7 @@ double sum_accur_pairs(const float* p, int n) {
         n -= 2;
         p += 2;
     }
-    if (n) a0 = add_lo(a0, ldf(p));
+    if (n) a0 = add_lo(a0, load_elem(p));
     __m128d t = _mm_add_pd(a0, a1);
     return lo(t) + hi(t);
 }
@@ -112,11 +112,11 @@ double sum_accur_pairs(const float* p, int n) {
 // acc0 and acc1, total acc0 + acc1, a group of 4 to it, folded low + high,
 // then a pair and one element as on the other tiers.
 double sum_accur_wide(const float* p, int n) {
-    if (addr(p) & 3) return scalar_sum4(n, [p](int i) { return static_cast<double>(ldf(p + i)); });
-    unsigned a = addr(p) & 31;
+    if (address(p) & 3) return scalar_sum4(n, [p](int i) { return static_cast<double>(load_elem(p + i)); });
+    unsigned a = address(p) & 31;
     int lead = min_int(n, a ? static_cast<int>((32 - a) >> 2) : 0);
     double l = 0.0;
-    for (int i = 0; i < lead; ++i) l += ldf(p + i);
+    for (int i = 0; i < lead; ++i) l += load_elem(p + i);
     p += lead;
     n -= lead;
     __m256d a0 = D4::first(l), a1 = D4::zero(), a2 = a1, a3 = a1;
@@ -148,7 +148,7 @@ double sum_accur_wide(const float* p, int n) {
         n -= 2;
         p += 2;
     }
-    if (n) r = add_lo(r, ldf(p));
+    if (n) r = add_lo(r, load_elem(p));
     return lo(r) + hi(r);
 }
 

@@ -22,7 +22,7 @@ double sum_lanes(const double* p, int n, double lead) {
         for (; n >= V::kN; n -= V::kN, p += V::kN) a0 = V::add(a0, V::template load<kAligned>(p));
     __m128d r = V::fold_add(a0);
     for (; n >= 2; n -= 2, p += 2) r = _mm_add_pd(r, D2::load<kAligned>(p));
-    if (n) r = add_lo(r, ld(p));
+    if (n) r = add_lo(r, load_elem(p));
     return hi(r) + lo(r);
 }
 
@@ -30,23 +30,23 @@ double sum_64f(const double* p, int n) {
     if constexpr (kTier == Tier::e9) {
         // A pointer that is not a multiple of 8 never reaches a 32-byte
         // boundary: scalar path.
-        if (addr(p) & 7) return scalar_sum4(n, [p](int i) { return ld(p + i); });
+        if (address(p) & 7) return scalar_sum4(n, [p](int i) { return load_elem(p + i); });
         // Lead-in up to the 32-byte boundary, then 16 elements a step.
-        unsigned a = addr(p) & 31;
+        unsigned a = address(p) & 31;
         int lead = min_int(n, a ? static_cast<int>((32 - a) >> 3) : 0);
         double l = 0.0;
-        for (int i = 0; i < lead; ++i) l += ld(p + i);
+        for (int i = 0; i < lead; ++i) l += load_elem(p + i);
         return sum_lanes<D4, true>(p + lead, n - lead, l);
     } else {
         // An odd multiple of 8 puts element 0 in the low lane of acc0; the
         // loops then run by whether the pointer is a multiple of 16.
         double l = 0.0;
-        if (addr(p) & 8) {
-            l = ld(p);
+        if (address(p) & 8) {
+            l = load_elem(p);
             ++p;
             --n;
         }
-        if (addr(p) & 15) return sum_lanes<D2, false>(p, n, l);
+        if (address(p) & 15) return sum_lanes<D2, false>(p, n, l);
         return sum_lanes<D2, true>(p, n, l);
     }
 }
@@ -66,13 +66,13 @@ ORV_TIER_API Orv64f ORV_T(ownorvsMean_64f)(const Orv64f* pSrc, int len) {
 ORV_TIER_API OrvStatus ORV_T(orvsSum_64f)(const Orv64f* pSrc, int len, Orv64f* pSum) {
     if (!pSrc || !pSum) return orvStsNullPtrErr;
     if (len < 1) return orvStsSizeErr;
-    st(pSum, ORV_T(ownorvsSum_64f)(pSrc, len));
+    store_elem(pSum, ORV_T(ownorvsSum_64f)(pSrc, len));
     return orvStsNoErr;
 }
 
 ORV_TIER_API OrvStatus ORV_T(orvsMean_64f)(const Orv64f* pSrc, int len, Orv64f* pMean) {
     if (!pSrc || !pMean) return orvStsNullPtrErr;
     if (len < 1) return orvStsSizeErr;
-    st(pMean, ORV_T(ownorvsMean_64f)(pSrc, len));
+    store_elem(pMean, ORV_T(ownorvsMean_64f)(pSrc, len));
     return orvStsNoErr;
 }

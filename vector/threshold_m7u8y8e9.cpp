@@ -15,7 +15,7 @@ struct Band {
         __m128d high = _mm_cmplt_pd(levelGT, x);
         return D2::select(high, valueGT, D2::select(keep, x, valueLT));
     }
-    void one(const double* s, double* d) const { st(d, lo((*this)(_mm_set_sd(ld(s))))); }
+    void one(const double* s, double* d) const { store_elem(d, lo((*this)(_mm_set_sd(load_elem(s))))); }
 };
 
 // Pairs from a 16-aligned destination unless the destination is not a
@@ -43,15 +43,15 @@ ORV_TIER_API void ORV_T(ownorvsThreshGTValLTVal_64f)(const Orv64f* pSrc, Orv64f*
                                                      const Orv64f* pLevelLT, const Orv64f* pValueLT,
                                                      const Orv64f* pLevelGT, const Orv64f* pValueGT) {
     const Band band{_mm_set1_pd(*pLevelLT), _mm_set1_pd(*pValueLT), _mm_set1_pd(*pLevelGT), _mm_set1_pd(*pValueGT)};
-    if ((addr(pDst) & 15) == 8) {
+    if ((address(pDst) & 15) == 8) {
         band.one(pSrc, pDst);
         if (--len == 0) return;
         ++pSrc;
         ++pDst;
     }
     int pairs = len >> 1;
-    if (addr(pDst) & 15) band_pairs<false, false>(band, pSrc, pDst, pairs);
-    else if (addr(pSrc) & 15) band_pairs<true, false>(band, pSrc, pDst, pairs);
+    if (address(pDst) & 15) band_pairs<false, false>(band, pSrc, pDst, pairs);
+    else if (address(pSrc) & 15) band_pairs<true, false>(band, pSrc, pDst, pairs);
     else band_pairs<true, true>(band, pSrc, pDst, pairs);
     if (len & 1) band.one(pSrc + len - 1, pDst + len - 1);
 }

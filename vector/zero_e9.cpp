@@ -28,7 +28,7 @@ ORV_TIER_API void ORV_T(ownsZero_8u_E9)(Orv8u* pDst, int bytes) {
         // One unaligned piece, then aligned 128-byte blocks from the next
         // 32-byte boundary; the rest by the count's bits.
         zero_any<32>(p);
-        unsigned skip = -addr(p) & 31;
+        unsigned skip = -address(p) & 31;
         p += skip, n -= skip;
         const __m256i z = _mm256_setzero_si256();
         for (; n >= 128; n -= 128, p += 128) {
@@ -48,7 +48,7 @@ ORV_TIER_API void ORV_T(ownsZero_8u)(Orv8u* pDst, int bytes) {
     u8* p = pDst;
     long n = bytes;
     zero_any<64>(p);
-    unsigned skip = -addr(p) & 63;
+    unsigned skip = -address(p) & 63;
     p += skip, n -= skip;
     const __m256i z = _mm256_setzero_si256();
     for (; n >= 64; n -= 64, p += 64) {

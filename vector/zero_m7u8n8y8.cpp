@@ -26,7 +26,7 @@ ORV_TIER_API void ORV_T(ownsZero_8u)(Orv8u* pDst, int bytes) {
     const __m128i z = _mm_setzero_si128();
     if (n < 16) return zero_tail(p, static_cast<unsigned>(n));
     // Destination to 16 bytes by the missing bytes' bits.
-    if (unsigned mis = -addr(p) & 15) {
+    if (unsigned mis = -address(p) & 15) {
         if (mis & 1) zero_piece<1>(p), p += 1;
         if (mis & 2) zero_piece<2>(p), p += 2;
         if (mis & 4) zero_piece<4>(p), p += 4;
