@@ -76,7 +76,8 @@ constexpr uint32_t top16(double d) { return static_cast<uint32_t>(to_bits(d) >> 
 constexpr double clear_low_bits(double x, int bits) { return from_bits(to_bits(x) & ~((1ull << bits) - 1)); }
 
 // The bodies: .A needs SSE2 only, .L reads the argument's high word from
-// memory (and duplicates with movddup in log), .N rounds with roundsd.
+// memory in cos and sin and duplicates with movddup in log, .N rounds with
+// roundsd.
 enum class Body { A, L, N };
 
 // The top 16 bits of x: shifted out of the whole value for .A and .N, read

@@ -1,13 +1,13 @@
 // log: two bodies (.A baseline, .L with SSE3's movddup) and the exported
 // entry that picks one by the processor indicator word at every call.
 //
-// x = 2^e m with m in [1, 2). The hardware reciprocal estimate of m, rounded
-// to 8 significant bits, is a table point rc = (128 + i) / 256, so that
-// z = m rc - 1 is small and exact and
+// x = 2^e m with m in [1, 2). The top 8 fraction bits of m select a table
+// point rc = (128 + i) / 256 near 1 / m, so that z = m rc - 1 is small and
+// exact and
 //   log x = e ln2 - ln rc + log(1 + z),
-// with -ln rc from L_tbl and log(1 + z) a polynomial of degree 7.
+// with -ln rc from L_tbl and log(1 + z) a polynomial of degree 7. The exact
+// parts are summed in integers (see log_normal).
 #include <emmintrin.h>
-#include <xmmintrin.h>
 
 #include "libm.h"
 #include "tables.h"
@@ -16,33 +16,57 @@ namespace orv::libm {
 namespace {
 
 constexpr LTable L_tbl = make_ltable();
+alignas(64) constexpr LogCells cells = make_log_cells(L_tbl);
+static_assert(log_cell_point(0) == kLogEntries - 1 && log_cell_point(kLogCells - 1) == 0,
+              "the cells next to x = 1 must take the points 1 and 1/2");
+static_assert(log_cells_max_z() < int64_t{1} << 53, "z 2^60 must convert exactly: |z| < 2^-7");
 
-// ln 2 / 16 in two parts; the high part has 42 bits, so 16 e times it is
-// exact, and so is its sum with a table entry's high part.
+// ln 2 / 16 in two parts; the high part has 42 bits and lies on the grid of
+// 2^-46, so 16 e times it is exact on the grid of 2^-42.
 constexpr double log2_hi = from_bits(0x3FA62E42FEFA3800);
 constexpr double log2_lo = from_bits(0x3CEEF35793C76730);
 static_assert(16 * log2_hi == L_tbl.e[0].hi && 16 * log2_lo == L_tbl.e[0].lo,
               "the first entry, ln 2, must cancel e ln 2 exactly for x just below 1");
+// ln 2 in the fixed points of the table: high part 2^42, low part 2^94.
+constexpr int64_t kLn2Hi = static_cast<int64_t>(log2_hi * 0x1p46);
+constexpr int64_t kLn2Lo = round_to_int(log2_lo * 0x1p98);
+static_assert(kLn2Hi == cells.c[kLogCells - 1].hi && kLn2Lo == cells.c[kLogCells - 1].lo &&
+                  cells.c[0].hi == 0 && cells.c[0].lo == 0,
+              "the table's logarithms must cancel e ln 2 exactly next to x = 1");
 
 // Coefficients in pairs {z^5 group, z^2 group}, evaluated by Horner in z:
 // lane 0 gives 1/5 - c6 z + z^2/7, lane 1 gives -1/2 + z/3 - z^2/4. The z^6
 // coefficient is tuned for the truncation of the series.
-alignas(16) constexpr double coeff[6] = {1.0 / 7.0, -1.0 / 4.0, -0.16666772842235003,
-                                         1.0 / 3.0, 1.0 / 5.0,  -1.0 / 2.0};
+constexpr double coeff[6] = {1.0 / 7.0, -1.0 / 4.0, -0.16666772842235003, 1.0 / 3.0, 1.0 / 5.0, -1.0 / 2.0};
+// The same for the argument Z = z 2^60: the coefficient of z^n times
+// 2^(-60 n), exact scalings that leave every rounding as it was.
+constexpr int kCoeffPower[6] = {7, 4, 6, 3, 5, 2};
+struct Coeffs {
+    alignas(16) double c[6];
+};
+constexpr Coeffs scale_coeffs() {
+    Coeffs r{};
+    for (int j = 0; j < 6; ++j) {
+        r.c[j] = coeff[j];
+        for (int n = 0; n < kCoeffPower[j]; ++n) r.c[j] *= 0x1p-60;
+    }
+    return r;
+}
+constexpr Coeffs coeffZ = scale_coeffs();
 
 constexpr double kTwoPow128 = from_bits(0x47F0000000000000);
-// e16 = 16 e = (top 16 bits & 0x7FF0) - bias.
-constexpr int kBias = 0x3FF0;
-constexpr int kBiasScaled = 0x47F0;  // after scaling a subnormal by 2^128
+// e = exponent field - bias.
+constexpr int kBias = 0x3FF;
+constexpr int kBiasScaled = 0x47F;  // after scaling a subnormal by 2^128
 
 template <Body B>
 inline __m128d dup(double z) {
-    __m128d v = _mm_set_sd(z);
     if constexpr (B == Body::L) {
-        __asm__("movddup %1, %0" : "=x"(v) : "x"(v));
+        __m128d v;
+        __asm__("movddup %1, %0" : "=x"(v) : "x"(z));
         return v;
     } else {
-        return _mm_unpacklo_pd(v, v);
+        return _mm_set1_pd(z);
     }
 }
 
@@ -53,42 +77,36 @@ inline double opaque(double v) {
     return v;
 }
 
+// x = 2^e (1 + k / 256 + F 2^-52) with cell k. In integers:
+//   Z = z 2^60 = zc + F rc                                exact, |Z| < 2^53
+//   S = (e ln2_hi + hi + z rounded down to 2^-42) 2^42     exact, |S| < 2^52
+//   R = (the rest of z + e ln2_lo + lo) 2^94               |R| < 2^61
+// and log x = S 2^-42 + (R 2^-94 + log(1 + z) - z): the leading sum is
+// exact, so only the small tail and the result are rounded. Each of Z, S and
+// R converts to a double in one instruction; the integer work runs beside
+// the floating-point additions, which bound the throughput.
 template <Body B>
-inline double log_normal(double x, uint32_t t, int bias) {
-    // Bit work stays in the vector registers: m = mantissa of x in [1, 2),
-    // mh its high 45 bits.
-    __m128d vx = _mm_set_sd(x);
-    __m128d m = _mm_or_pd(_mm_and_pd(vx, _mm_castsi128_pd(_mm_set_epi64x(0, 0x000FFFFFFFFFFFFF))),
-                          _mm_set_sd(1.0));
-    __m128d mh = _mm_and_pd(m, _mm_castsi128_pd(_mm_set_epi64x(0, -256)));
-    double e16 = static_cast<double>(static_cast<int>(t & 0x7FF0) - bias);
-    // m as a single, its reciprocal estimate, and that rounded to 8
-    // significant bits by adding half of the last kept bit and cutting the
-    // rest. Bits 16 to 23 (7 mantissa bits and the exponent's lowest bit)
-    // give the table point: 0 for 1/2, 128 for 1.
-    __m128i rb = _mm_and_si128(_mm_add_epi32(_mm_castps_si128(_mm_rcp_ss(_mm_cvtpd_ps(m))), _mm_cvtsi32_si128(0x8000)),
-                               _mm_cvtsi32_si128(static_cast<int>(0xFFFF0000u)));
-    // The entry's byte offset: the point times 16.
-    uint32_t offset = (static_cast<uint32_t>(_mm_cvtsi128_si32(rb)) >> 12) & 0xFF0;
-    const LEntry& l = *reinterpret_cast<const LEntry*>(reinterpret_cast<const char*>(L_tbl.e) + offset);
-    __m128d rc = _mm_cvtss_sd(vx, _mm_castsi128_ps(rb));
-    // z = m rc - 1 exactly: mh rc has at most 53 bits and lies near 1, and
-    // (m - mh) rc at most 16.
-    double zh = _mm_cvtsd_f64(_mm_sub_sd(_mm_mul_sd(mh, rc), _mm_set_sd(1.0)));
-    double zl = _mm_cvtsd_f64(_mm_mul_sd(_mm_sub_sd(m, mh), rc));
-    double z = zh + zl;  // exact: both are multiples of 2^-60 and |z| < 2^-8
-    // log(1 + z) - z = z^2 (lane 1 + z^3 lane 0).
-    __m128d w = dup<B>(z);
-    __m128d v = _mm_add_pd(_mm_mul_pd(_mm_load_pd(coeff), w), _mm_load_pd(coeff + 2));
-    v = _mm_add_pd(_mm_mul_pd(v, w), _mm_load_pd(coeff + 4));
-    double z2 = z * z;
-    double poly = (_mm_cvtsd_f64(v) * (z2 * z) + _mm_cvtsd_f64(_mm_unpackhi_pd(v, v))) * z2;
-    // High terms first; e ln2_hi + table high + z last, its rounding error
-    // carried into the tail.
-    double a = e16 * log2_hi + l.hi;  // exact
-    Sum lead = fast_two_sum(a, z);
-    double tail = (poly + (e16 * log2_lo + l.lo)) + lead.e;
-    return lead.s + tail;
+inline double log_normal(double x, int64_t e) {
+    uint64_t ix = to_bits(x);
+    const LogCell& c = cells.c[(ix >> 44) & 0xFF];
+    int64_t Z = c.zc + static_cast<int64_t>(ix & 0x00000FFFFFFFFFFF) * c.rc;
+    int64_t A = e * kLn2Hi + c.hi;
+    // log(1 + z) - z = z^2 (lane 1 + z^3 lane 0), on Z.
+    double zz = static_cast<double>(Z);
+    __m128d w = dup<B>(zz);
+    __m128d v = _mm_add_pd(_mm_mul_pd(_mm_load_pd(coeffZ.c), w), _mm_load_pd(coeffZ.c + 2));
+    v = _mm_add_pd(_mm_mul_pd(v, w), _mm_load_pd(coeffZ.c + 4));
+    double zz2 = zz * zz;
+    double poly = (_mm_cvtsd_f64(v) * (zz2 * zz) + _mm_cvtsd_f64(_mm_unpackhi_pd(v, v))) * zz2;
+    // Next to x = 1, e ln 2 and -ln rc cancel in both parts and the result
+    // is about z, which can be as small as the tail's part of z below
+    // 2^-42; the tail's rounding would show. z itself is exact: take it whole.
+    if (A == 0) [[unlikely]]
+        return zz * 0x1p-60 + poly;
+    int64_t S = A + (Z >> 18);
+    int64_t R = static_cast<int64_t>(static_cast<uint64_t>(Z) << 46 >> 12) + (e * kLn2Lo + c.lo);
+    double tail = poly + static_cast<double>(R) * 0x1p-94;
+    return static_cast<double>(S) * 0x1p-42 + tail;
 }
 
 // Everything outside the positive normal numbers.
@@ -104,7 +122,7 @@ __attribute__((noinline, cold)) double log_special(double x) {
     uint32_t t = top16(x);
     if (t < 0x10) {
         double xs = x * kTwoPow128;  // positive subnormal
-        return log_normal<B>(xs, top16(xs), kBiasScaled);
+        return log_normal<B>(xs, static_cast<int64_t>(to_bits(xs) >> 52) - kBiasScaled);
     }
     if (t >= 0x8000 && !(x != x)) {
         // Negative number or minus infinity.
@@ -117,9 +135,11 @@ __attribute__((noinline, cold)) double log_special(double x) {
 
 template <Body B>
 inline double log_body(double x) {
-    uint32_t t = top16_of<B>(x);
-    if (static_cast<uint16_t>(t - 0x10) < 0x7FE0) [[likely]]
-        return log_normal<B>(x, t, kBias);
+    // Sign and exponent: positive, normal and finite when the exponent
+    // field less 1 is below 0x7FE.
+    int64_t se = static_cast<int64_t>(to_bits(x) >> 52);
+    if (static_cast<uint64_t>(se - 1) < 0x7FE) [[likely]]
+        return log_normal<B>(x, se - kBias);
     return log_special<B>(x);
 }
 
@@ -132,6 +152,12 @@ using orv::libm::log_body;
 ORV_LIBM_API double orv_log_A(double x) noexcept { return log_body<Body::A>(x); }
 ORV_LIBM_API double orv_log_L(double x) noexcept { return log_body<Body::L>(x); }
 
+// The .L body is inlined here, so that the usual selection costs a load and
+// a test, without a second jump.
 ORV_LIBM_API double log(double x) noexcept {
-    return orv::libm::select_body<orv_log_L, orv_log_L, orv_log_A, log>(x);
+    uint32_t w = orv_libm_indicator;
+    if (w & orv::libm::kSelectL) [[likely]]
+        return log_body<Body::L>(x);
+    if (w) return orv_log_A(x);
+    return orv::libm::select_first_call(log, x);
 }

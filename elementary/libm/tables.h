@@ -128,4 +128,71 @@ constexpr LTable make_ltable() {
     return t;
 }
 
+// ---- Table points by mantissa cell --------------------------------------------
+// A mantissa m = 1 + k / 256 + F 2^-52 (cell k from the top 8 fraction bits,
+// F < 2^44 from the rest) is paired with the table point i whose rc_i =
+// (128 + i) / 256 keeps |m rc_i - 1| smallest over the cell: the reciprocal
+// of m rounded to 8 bits, fixed per cell, so that a lookup replaces a
+// reciprocal estimate. The cells next to m = 1 and m = 2 get the points 1
+// and 1/2, whose logarithms cancel e ln 2 exactly around x = 1.
+//
+// The entries are integers in fixed point, for exact sums in integer
+// registers: z = m rc - 1 is
+//   z 2^60 = zc + F rc,  zc = ((256 + k)(128 + i) - 2^16) 2^44,  rc = 128 + i
+// and the point's logarithm -ln rc is hi 2^42 (exact: hi is on that grid)
+// and lo 2^94.
+inline constexpr int kLogCells = 256;
+struct alignas(32) LogCell {
+    int64_t zc, rc, hi, lo;
+};
+struct LogCells {
+    LogCell c[kLogCells];
+};
+
+// z 2^60 at the start of cell k with point i.
+constexpr int64_t log_cell_zc(int k, int i) { return ((256 + k) * (128 + i) - 65536) * (int64_t{1} << 44); }
+
+// The largest |z 2^60| over cell k with point i: at F = 0 or F -> 2^44.
+constexpr int64_t log_cell_max_z(int k, int i) {
+    int64_t lo = log_cell_zc(k, i);
+    int64_t hi = lo + (128 + i) * (int64_t{1} << 44);
+    lo = lo < 0 ? -lo : lo;
+    hi = hi < 0 ? -hi : hi;
+    return lo > hi ? lo : hi;
+}
+
+// From rc = 1 down, keeping the first of equals: the first cell takes 1.
+constexpr int log_cell_point(int k) {
+    int best = kLogEntries - 1;
+    for (int i = kLogEntries - 2; i >= 0; --i)
+        if (log_cell_max_z(k, i) < log_cell_max_z(k, best)) best = i;
+    return best;
+}
+
+constexpr int64_t log_cells_max_z() {
+    int64_t m = 0;
+    for (int k = 0; k < kLogCells; ++k) {
+        int64_t z = log_cell_max_z(k, log_cell_point(k));
+        m = z > m ? z : m;
+    }
+    return m;
+}
+
+// v rounded to the nearest integer, for |v| < 2^62.
+constexpr int64_t round_to_int(double v) {
+    int64_t t = static_cast<int64_t>(v);
+    double r = v - static_cast<double>(t);
+    return r > 0.5 ? t + 1 : r < -0.5 ? t - 1 : t;
+}
+
+constexpr LogCells make_log_cells(const LTable& l) {
+    LogCells t{};
+    for (int k = 0; k < kLogCells; ++k) {
+        int i = log_cell_point(k);
+        t.c[k] = {log_cell_zc(k, i), 128 + i,
+                  static_cast<int64_t>(l.e[i].hi * 0x1p42), round_to_int(l.e[i].lo * 0x1p94)};
+    }
+    return t;
+}
+
 }  // namespace orv::libm

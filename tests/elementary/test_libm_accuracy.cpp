@@ -142,13 +142,23 @@ TEST(LibmAccuracy, LogHardCases) {
                               M_E, 10.0, 0x1.fffffp-1, 0x1.00001p0};
     // Just below and above 1, where the result is as small as the argument's
     // distance from 1, and around every table point.
+    std::mt19937_64 g(3);
+    std::uniform_real_distribution<double> u(-1, 1);
     for (int k = 1; k < 60; ++k) {
         xs.push_back(1.0 - std::ldexp(1.0, -k));
         xs.push_back(1.0 + std::ldexp(1.0, -k));
+        for (int j = 0; j < 50; ++j) xs.push_back(1.0 + std::ldexp(u(g), -k));
     }
     for (int i = 0; i <= 128; ++i) {
         double p = 256.0 / (128 + i);
         xs.insert(xs.end(), {p, std::nextafter(p, 0.0), std::nextafter(p, 4.0), p / 2, p * 1024});
+    }
+    // Both ends of each 1/256 step of the mantissa, where the table point
+    // changes and z is largest, with exponents that cancel or dominate.
+    for (int k = 0; k <= 256; ++k) {
+        double m = 1.0 + k / 256.0;
+        for (double s : {1.0, 0.5, 0x1p-600, 0x1p+700})
+            xs.insert(xs.end(), {m * s, std::nextafter(m, 0.0) * s, std::nextafter(m, 4.0) * s});
     }
     expect_accurate(log_fns(), xs, "hard cases");
 }
