@@ -93,6 +93,54 @@ ORV_API OrvStatus orvsFFTInv_CToC_32fc(const Orv32fc* pSrc, Orv32fc* pDst, const
 extern ORV_API const Orv32f fft_fix_twiddle_table_32f[264];
 extern ORV_API const Orv64f fft_fix_twiddle_table_64f[260];
 
+/* ---- Real transforms and packed spectra ----------------------------------
+ * A real signal of N = 2^order samples has a conjugate-symmetric spectrum
+ * X[k] = R(k) + i I(k); X[0] and X[N/2] are real, so N numbers hold it:
+ *   Perm: R(0) R(N/2) R(1) I(1) R(2) I(2) ... R(N/2-1) I(N/2-1)
+ *   Pack: R(0) R(1) I(1) R(2) I(2) ... R(N/2-1) I(N/2-1) R(N/2)
+ * (N = 1: R(0); N = 2: R(0) R(1) in both). docs/fft-packed-layouts.md draws
+ * them out. pSrc and pDst may be the same array, any alignment; pBuffer as
+ * for the complex transforms (GetBufSize_R bytes, or null). Checks: null
+ * pSpec (orvStsNullPtrErr), a spec that is not a built real one of the
+ * element type (orvStsContextMatchErr), null pSrc or pDst
+ * (orvStsNullPtrErr), a failed allocation (orvStsMemAllocErr); nothing is
+ * written on failure. The scale flag of the specification applies with
+ * the full length N. */
+ORV_API OrvStatus orvsFFTFwd_RToPerm_32f(const Orv32f* pSrc, Orv32f* pDst, const OrvFFTSpec_R_32f* pSpec,
+                                         Orv8u* pBuffer);
+ORV_API OrvStatus orvsFFTFwd_RToPerm_64f(const Orv64f* pSrc, Orv64f* pDst, const OrvFFTSpec_R_64f* pSpec,
+                                         Orv8u* pBuffer);
+ORV_API OrvStatus orvsFFTInv_PermToR_32f(const Orv32f* pSrc, Orv32f* pDst, const OrvFFTSpec_R_32f* pSpec,
+                                         Orv8u* pBuffer);
+ORV_API OrvStatus orvsFFTInv_PermToR_64f(const Orv64f* pSrc, Orv64f* pDst, const OrvFFTSpec_R_64f* pSpec,
+                                         Orv8u* pBuffer);
+ORV_API OrvStatus orvsFFTFwd_RToPack_32f(const Orv32f* pSrc, Orv32f* pDst, const OrvFFTSpec_R_32f* pSpec,
+                                         Orv8u* pBuffer);
+ORV_API OrvStatus orvsFFTInv_PackToR_32f(const Orv32f* pSrc, Orv32f* pDst, const OrvFFTSpec_R_32f* pSpec,
+                                         Orv8u* pBuffer);
+
+/* Product of two spectra in Perm layout, in place: pSrcDst[0] *= pSrc[0];
+ * for even len also pSrcDst[1] *= pSrc[1], then (len-2)/2 complex products
+ * from index 2; for odd len (len-1)/2 complex products from index 1.
+ * Checks: a null pointer (orvStsNullPtrErr), len below 1 (orvStsSizeErr). */
+ORV_API OrvStatus orvsMulPerm_32f_I(const Orv32f* pSrc, Orv32f* pSrcDst, int len);
+ORV_API OrvStatus orvsMulPerm_64f_I(const Orv64f* pSrc, Orv64f* pSrcDst, int len);
+
+/* This library's addition, without a tier prefix: the packed spectrum of N =
+ * len reals (Perm or Pack) as the len/2 + 1 complex values X[0 .. len/2],
+ * and back (the imaginary parts of X[0] and X[len/2] are dropped). len is 1
+ * or even. pDst may overlay pSrc when it has room for the complex values.
+ * Checks: a null pointer (orvStsNullPtrErr), len below 1 or odd above 1
+ * (orvStsSizeErr). */
+ORV_API OrvStatus orvsFFTUnpack_Perm_32fc(const Orv32f* pSrc, Orv32fc* pDst, int len);
+ORV_API OrvStatus orvsFFTUnpack_Pack_32fc(const Orv32f* pSrc, Orv32fc* pDst, int len);
+ORV_API OrvStatus orvsFFTUnpack_Perm_64fc(const Orv64f* pSrc, Orv64fc* pDst, int len);
+ORV_API OrvStatus orvsFFTUnpack_Pack_64fc(const Orv64f* pSrc, Orv64fc* pDst, int len);
+ORV_API OrvStatus orvsFFTRepack_Perm_32fc(const Orv32fc* pSrc, Orv32f* pDst, int len);
+ORV_API OrvStatus orvsFFTRepack_Pack_32fc(const Orv32fc* pSrc, Orv32f* pDst, int len);
+ORV_API OrvStatus orvsFFTRepack_Perm_64fc(const Orv64fc* pSrc, Orv64f* pDst, int len);
+ORV_API OrvStatus orvsFFTRepack_Pack_64fc(const Orv64fc* pSrc, Orv64f* pDst, int len);
+
 ORV_EXTERN_C_END
 
 #endif

@@ -133,6 +133,60 @@ ORV_API void orvs_cBitRev1_Blk(Orv32fc* pBlock, int len, const Orv32u* pSwapList
 ORV_API void orvs_dBitRev1_Blk(Orv64f* pBlock, int len, const Orv32u* pSwapList);
 ORV_API void orvs_zBitRev1_Blk(Orv64fc* pBlock, int len, const Orv32u* pSwapList);
 
+/* ---- Large transform ---------------------------------------------------
+ * Blocked transform of a large order (complex order; for a real record the
+ * real order minus 1) through the specification's level tables; scales with
+ * the specification's flag. pWork: the specification's workSize bytes,
+ * 32-byte aligned. BlkMerge gathers `rows` rows of `cols` elements, `stride`
+ * elements apart, into a contiguous buffer; BlkSplit scatters them back, with
+ * interleave 1 turning the tier's working format into interleaved complex.
+ * Fact4/Fact8 run one radix-4/8 level on `count` groups of 4 or 8 blocks of
+ * `cols` columns in the working format (Fact4 with count 1: the last level,
+ * half table); Fact8_Last is Fact8 with interleaved output. The cr forms take
+ * split real and imaginary arrays (the buffer in the working format). */
+ORV_API OrvStatus orvs_cFftFwd_Large_32fc(const OrvFFTSpec* pSpec, const Orv32fc* pSrc, Orv32fc* pDst, int order,
+                                          Orv8u* pWork);
+ORV_API OrvStatus orvs_cFftInv_Large_32fc(const OrvFFTSpec* pSpec, const Orv32fc* pSrc, Orv32fc* pDst, int order,
+                                          Orv8u* pWork);
+ORV_API OrvStatus orvs_cFftFwd_Large_64fc(const OrvFFTSpec* pSpec, const Orv64fc* pSrc, Orv64fc* pDst, int order,
+                                          Orv8u* pWork);
+ORV_API OrvStatus orvs_cFftInv_Large_64fc(const OrvFFTSpec* pSpec, const Orv64fc* pSrc, Orv64fc* pDst, int order,
+                                          Orv8u* pWork);
+ORV_API void orvs_cFft_BlkMerge_32fc(const Orv32fc* pSrc, Orv32fc* pBuf, int stride, int rows, int cols);
+ORV_API void orvs_cFft_BlkSplit_32fc(Orv32fc* pDst, const Orv32fc* pBuf, int stride, int rows, int cols,
+                                     int interleave);
+ORV_API void orvs_cFft_BlkMerge_64fc(const Orv64fc* pSrc, Orv64fc* pBuf, int stride, int rows, int cols);
+ORV_API void orvs_cFft_BlkSplit_64fc(Orv64fc* pDst, const Orv64fc* pBuf, int stride, int rows, int cols,
+                                     int interleave);
+ORV_API void orvs_crFft_BlkMerge_32f(const Orv32f* pRe, const Orv32f* pIm, Orv8u* pBuf, int stride, int rows,
+                                     int cols);
+ORV_API void orvs_crFft_BlkSplit_32f(Orv32f* pRe, Orv32f* pIm, const Orv8u* pBuf, int stride, int rows, int cols);
+ORV_API void orvs_crFft_BlkMerge_64f(const Orv64f* pRe, const Orv64f* pIm, Orv8u* pBuf, int stride, int rows,
+                                     int cols);
+ORV_API void orvs_crFft_BlkSplit_64f(Orv64f* pRe, Orv64f* pIm, const Orv8u* pBuf, int stride, int rows, int cols);
+#define ORV_FFT_FACT(name) ORV_API void name(const void* pIn, void* pOut, int cols, int count, const void* pTwd);
+ORV_FFT_FACT(orvs_cFftFwd_Fact4_32fc)
+ORV_FFT_FACT(orvs_cFftInv_Fact4_32fc)
+ORV_FFT_FACT(orvs_cFftFwd_Fact8_32fc)
+ORV_FFT_FACT(orvs_cFftInv_Fact8_32fc)
+ORV_FFT_FACT(orvs_cFftFwd_Fact4_64fc)
+ORV_FFT_FACT(orvs_cFftInv_Fact4_64fc)
+ORV_FFT_FACT(orvs_cFftFwd_Fact8_64fc)
+ORV_FFT_FACT(orvs_cFftInv_Fact8_64fc)
+ORV_FFT_FACT(orvs_cFftFwd_Fact8_Last_32fc)
+ORV_FFT_FACT(orvs_cFftInv_Fact8_Last_32fc)
+ORV_FFT_FACT(orvs_cFftFwd_Fact8_Last_64fc)
+ORV_FFT_FACT(orvs_cFftInv_Fact8_Last_64fc)
+#undef ORV_FFT_FACT
+ORV_API void orvs_crFftFwd_Fact8_Last_32f(const Orv32f* pInRe, const Orv32f* pInIm, Orv32f* pOutRe, Orv32f* pOutIm,
+                                          int cols, int count, const void* pTwd);
+ORV_API void orvs_crFftInv_Fact8_Last_32f(const Orv32f* pInRe, const Orv32f* pInIm, Orv32f* pOutRe, Orv32f* pOutIm,
+                                          int cols, int count, const void* pTwd);
+ORV_API void orvs_crFftFwd_Fact8_Last_64f(const Orv64f* pInRe, const Orv64f* pInIm, Orv64f* pOutRe, Orv64f* pOutIm,
+                                          int cols, int count, const void* pTwd);
+ORV_API void orvs_crFftInv_Fact8_Last_64f(const Orv64f* pInRe, const Orv64f* pInIm, Orv64f* pOutRe, Orv64f* pOutIm,
+                                          int cols, int count, const void* pTwd);
+
 /* ---- Table builders --------------------------------------------------------
  * Each writes at its table pointer and returns the next free address,
  * rounded up to 32 bytes. */
@@ -154,6 +208,24 @@ ORV_API Orv8u* orvs_initTabTwdCcsRec_64f(int order, const Orv64f* pBase, int bas
 /* Twiddle, init and work bytes of a large order. */
 ORV_API void orvs_getSizesTwd_Large_32f(int order, int* pTwd, int* pInit, int* pWork);
 ORV_API void orvs_getSizeTwd_Large_64f(int order, int* pTwd, int* pInit, int* pWork);
+
+/* ---- Real transforms: recombination and spectrum products -----------------
+ * RealRecombine turns the complex transform Z of the H = halfLen pairs of a
+ * real signal into complex values 1 .. H-1 of the Perm layout, in place;
+ * CcsRecombine turns them back into 2Z (values 1 .. H-1 of pDst; pSrc may
+ * equal pDst). pRec is the specification's table of that direction for the
+ * real order log2(2 halfLen), halfLen 8 or more (the orders whose tables
+ * have one or two levels); direction (1, -1) is not read. Mpy2 multiplies
+ * len complex values of pSrcDst by those of pSrc; Mpy3 writes pSrc2 * pSrc1
+ * to pDst. */
+ORV_API void orvs_cRealRecombine_32f(Orv32f* pData, int halfLen, int direction, const void* pRec);
+ORV_API void orvs_cCcsRecombine_32f(const Orv32f* pSrc, Orv32f* pDst, int halfLen, int direction, const void* pRec);
+ORV_API void orvs_cRealRecombine_64f(Orv64f* pData, int halfLen, int direction, const void* pRec);
+ORV_API void orvs_cCcsRecombine_64f(const Orv64f* pSrc, Orv64f* pDst, int halfLen, int direction, const void* pRec);
+ORV_API void ownps_Mpy2_32fc(const Orv32f* pSrc, Orv32f* pSrcDst, int len);
+ORV_API void ownps_Mpy3_32fc(const Orv32f* pSrc1, const Orv32f* pSrc2, Orv32f* pDst, int len);
+ORV_API void ownps_Mpy2_64fc(const Orv64f* pSrc, Orv64f* pSrcDst, int len);
+ORV_API void ownps_Mpy3_64fc(const Orv64f* pSrc1, const Orv64f* pSrc2, Orv64f* pDst, int len);
 
 ORV_EXTERN_C_END
 
