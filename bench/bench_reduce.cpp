@@ -2,7 +2,7 @@
 // the plain loop compiled with the same tier's flags, at 1,000, 100,000 and
 // 10,000,000 elements. Names: <function>/<tier>/<lib|plain>/<len>; bytes/s
 // counts every byte read and written; times are CPU time, steadier than wall
-// time on a shared machine. bench/ratios.py pairs the medians.
+// time on a shared machine. bench/report.py pairs the medians.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>

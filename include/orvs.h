@@ -6,6 +6,7 @@
 #define ORVS_H
 
 #include "orvcore.h"
+#include "orvsfft.h"
 
 ORV_EXTERN_C_BEGIN
 

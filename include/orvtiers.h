@@ -7,6 +7,7 @@
 
 #include "orvs.h"
 #include "orvi.h"
+#include "orvsfftk.h"
 
 ORV_EXTERN_C_BEGIN
 

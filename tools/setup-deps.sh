@@ -2,7 +2,7 @@
 # Installs what building, testing and benchmarking orv need on Debian 12,
 # only when something is missing. Extra package names may be passed.
 set -euo pipefail
-packages=(g++ gcc make cmake pkg-config python3 binutils libgtest-dev libgmock-dev libbenchmark-dev "$@")
+packages=(g++ gcc make cmake pkg-config python3 binutils libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

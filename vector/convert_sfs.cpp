@@ -19,6 +19,7 @@
 // again to write 0 for each NaN, which until then gave the upper bound.
 #include <immintrin.h>
 
+#include "internal/orv_simd.h"
 #include "internal/orv_tier.h"
 #include "vector/elem_access.h"
 
@@ -31,77 +32,27 @@ constexpr Orv64u kInvalidFlag = 0x1;
 
 enum class Round { ByMxcsr, Truncate, HalfAway };
 
-// ---- Lane operations: one lane (head and tail), four (SSE), eight (AVX).
-// The one-lane forms are the _ss instructions, so the unused lanes never
-// raise a floating-point flag. The AVX lanes are a template that only e9
-// instantiates: no other tier compiles a function on 256-bit vectors.
+// ---- Lanes: one lane for the head and tail, below; for the blocks the
+// widest float lane of the tier (internal/orv_simd.h), so e9 converts eight
+// elements in one 256-bit vector and the other tiers in two. The one-lane
+// forms are the _ss instructions, so the unused lanes never raise a
+// floating-point flag.
 struct Lane1 {
-    using F = __m128;
+    using R = __m128;
     using I = __m128i;
-    static F load(const float* p) { return _mm_set_ss(load_elem(p)); }
-    static F set1(float x) { return _mm_set1_ps(x); }
-    static F mul(F a, F b) { return _mm_mul_ss(a, b); }
-    static F add(F a, F b) { return _mm_add_ss(a, b); }
-    static F min(F a, F b) { return _mm_min_ss(a, b); }
-    static F max(F a, F b) { return _mm_max_ss(a, b); }
-    static F bit_and(F a, F b) { return _mm_and_ps(a, b); }
-    static F bit_andnot(F a, F b) { return _mm_andnot_ps(a, b); }
-    static F bit_or(F a, F b) { return _mm_or_ps(a, b); }
-    static I cvt(F a) { return _mm_cvtsi32_si128(_mm_cvtss_si32(a)); }
-    static I cvtt(F a) { return _mm_cvtsi32_si128(_mm_cvttss_si32(a)); }
+    static R load(const float* p) { return _mm_set_ss(load_elem(p)); }
+    static R set1(float x) { return _mm_set1_ps(x); }
+    static R mul(R a, R b) { return _mm_mul_ss(a, b); }
+    static R add(R a, R b) { return _mm_add_ss(a, b); }
+    static R min(R a, R b) { return _mm_min_ss(a, b); }
+    static R max(R a, R b) { return _mm_max_ss(a, b); }
+    static R bit_and(R a, R b) { return _mm_and_ps(a, b); }
+    static R bit_andnot(R a, R b) { return _mm_andnot_ps(a, b); }
+    static R bit_or(R a, R b) { return _mm_or_ps(a, b); }
+    static I cvt(R a) { return _mm_cvtsi32_si128(_mm_cvtss_si32(a)); }
+    static I cvtt(R a) { return _mm_cvtsi32_si128(_mm_cvttss_si32(a)); }
 };
-struct Lane4 {
-    using F = __m128;
-    using I = __m128i;
-    static constexpr int kBytes = 16;
-    template <bool kAligned>
-    static F load(const float* p) {
-        if constexpr (kAligned) return _mm_load_ps(p);
-        else return _mm_loadu_ps(p);
-    }
-    static F set1(float x) { return _mm_set1_ps(x); }
-    static F mul(F a, F b) { return _mm_mul_ps(a, b); }
-    static F add(F a, F b) { return _mm_add_ps(a, b); }
-    static F min(F a, F b) { return _mm_min_ps(a, b); }
-    static F max(F a, F b) { return _mm_max_ps(a, b); }
-    static F bit_and(F a, F b) { return _mm_and_ps(a, b); }
-    static F bit_andnot(F a, F b) { return _mm_andnot_ps(a, b); }
-    static F bit_or(F a, F b) { return _mm_or_ps(a, b); }
-    static I cvt(F a) { return _mm_cvtps_epi32(a); }
-    static I cvtt(F a) { return _mm_cvttps_epi32(a); }
-};
-template <class = void>
-struct Lane8 {
-    using F = __m256;
-    using I = __m256i;
-    static constexpr int kBytes = 32;
-    template <bool kAligned>
-    static F load(const float* p) {
-        if constexpr (kAligned) return _mm256_load_ps(p);
-        else return _mm256_loadu_ps(p);
-    }
-    static F set1(float x) { return _mm256_set1_ps(x); }
-    static F mul(F a, F b) { return _mm256_mul_ps(a, b); }
-    static F add(F a, F b) { return _mm256_add_ps(a, b); }
-    static F min(F a, F b) { return _mm256_min_ps(a, b); }
-    static F max(F a, F b) { return _mm256_max_ps(a, b); }
-    static F bit_and(F a, F b) { return _mm256_and_ps(a, b); }
-    static F bit_andnot(F a, F b) { return _mm256_andnot_ps(a, b); }
-    static F bit_or(F a, F b) { return _mm256_or_ps(a, b); }
-    static I cvt(F a) { return _mm256_cvtps_epi32(a); }
-    static I cvtt(F a) { return _mm256_cvttps_epi32(a); }
-};
-
-// e9 converts eight elements in one 256-bit vector, the others in two.
-template <Tier t>
-struct WideOf {
-    using type = Lane4;
-};
-template <>
-struct WideOf<Tier::e9> {
-    using type = Lane8<>;
-};
-using Wide = WideOf<kTier>::type;
+using Wide = simd::FWide;
 
 // ---- Destination types: bounds, packing of eight 32-bit results to eight
 // elements in the low half (8-bit) or all (16-bit) of a vector, stores.
@@ -156,7 +107,7 @@ struct To16u {
 
 // ---- The per-element rule, on any lane type.
 template <class D, Round R, bool kScaled, class L>
-inline typename L::I to_int32(typename L::F x, float factor) {
+inline typename L::I to_int32(typename L::R x, float factor) {
     if constexpr (kScaled) x = L::mul(x, L::set1(factor));
     if constexpr (D::kFloorAtZero)
         x = L::max(x, L::set1(0.0f));
@@ -167,10 +118,10 @@ inline typename L::I to_int32(typename L::F x, float factor) {
     } else if constexpr (R == Round::Truncate) {
         return L::cvtt(x);
     } else {
-        const typename L::F half = L::set1(0.5f);
+        const typename L::R half = L::set1(0.5f);
         if constexpr (D::kSigned) {
-            const typename L::F signBit = L::set1(-0.0f);
-            const typename L::F sign = L::bit_and(x, signBit);
+            const typename L::R signBit = L::set1(-0.0f);
+            const typename L::R sign = L::bit_and(x, signBit);
             x = L::bit_or(L::add(L::bit_andnot(signBit, x), half), sign);
         } else {
             x = L::add(x, half);

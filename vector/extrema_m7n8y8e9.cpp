@@ -16,7 +16,7 @@ constexpr bool kWide = kTier == Tier::e9;
 // lane, then the maximum of the halves.
 template <class V, bool kAligned>
 double max_lanes(const double* p, int n, double seed) {
-    typename V::R a[4] = {V::all(seed), V::all(seed), V::all(seed), V::all(seed)};
+    typename V::R a[4] = {V::set1(seed), V::set1(seed), V::set1(seed), V::set1(seed)};
     accumulate4<V, kAligned>(a, p, n, V::max);
     auto a0 = V::max(V::max(a[0], a[1]), V::max(a[2], a[3]));
     if constexpr (V::kN > 2)
@@ -47,7 +47,7 @@ double max_64f(const double* p, int n) {
 template <class V, bool kAligned>
 void minmax_lanes(const double* p, int n, double* pMin, double* pMax) {
     using R = typename V::R;
-    R mx = V::all(load_elem(p)), mn = mx;
+    R mx = V::set1(load_elem(p)), mn = mx;
     for (; n >= 2 * V::kN; n -= 2 * V::kN, p += 2 * V::kN) {
         R v = V::template load<kAligned>(p), w = V::template load<kAligned>(p + V::kN);
         mx = V::max(mx, v);
@@ -100,13 +100,13 @@ void maxindx_lanes(const double* p, int n, double* pMax, int* pIndx) {
     R best[4], index[4], at[4];
 #pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
-        best[k] = V::all(seed);
+        best[k] = V::set1(seed);
         index[k] = V::zero();
         alignas(32) double first[V::kN];
         for (int j = 0; j < V::kN; ++j) first[j] = k * V::kN + j;
         at[k] = V::template load<true>(first);
     }
-    const R step = V::all(kStep);
+    const R step = V::set1(kStep);
     int i = 0;
     for (; n - i >= kStep; i += kStep) {
 #pragma GCC unroll 4
@@ -122,8 +122,8 @@ void maxindx_lanes(const double* p, int n, double* pMax, int* pIndx) {
     int bestIndex = 0;
     for (int k = 0; k < 4; ++k) {
         alignas(32) double v[V::kN], ix[V::kN];
-        V::store(v, best[k]);
-        V::store(ix, index[k]);
+        V::template store<false>(v, best[k]);
+        V::template store<false>(ix, index[k]);
         for (int j = 0; j < V::kN; ++j) {
             int lane = static_cast<int>(ix[j]);
             if (v[j] > bestValue || (v[j] == bestValue && lane < bestIndex)) {
@@ -163,11 +163,11 @@ void maxindx_kernel(const double* p, int n, double* pMax, int* pIndx) {
     using R = typename V::R;
     constexpr int kAlign = 8 * V::kN;
     double seed = load_elem(p);
-    R a0 = V::all(seed), a1 = a0;
+    R a0 = V::set1(seed), a1 = a0;
     __m128d s = _mm_set1_pd(seed);
     int i = 0;
     for (; i < n && (address(p + i) & (kAlign - 1)); ++i) s = max_lo(s, load_elem(p + i));
-    a0 = V::max(a0, V::all(_mm_cvtsd_f64(s)));
+    a0 = V::max(a0, V::set1(_mm_cvtsd_f64(s)));
     for (; n - i >= 2 * V::kN; i += 2 * V::kN) {
         a0 = V::max(a0, V::template load<true>(p + i));
         a1 = V::max(a1, V::template load<true>(p + i + V::kN));

@@ -1,5 +1,5 @@
-// Register types of the reductions and thresholds, one traits type per
-// vector width, so that a loop is written once and instantiated for 128-bit
+// Helpers of the reductions and thresholds. Their loops are written once
+// over the lanes of internal/orv_simd.h and instantiated for 128-bit
 // registers (all tiers) and 256-bit registers (e9 only, under if constexpr).
 // Scalar element access goes through memcpy: arrays may sit at any byte
 // offset, and a typed load from a misaligned pointer is undefined.
@@ -10,11 +10,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "internal/orv_simd.h"
 #include "internal/orv_unaligned.h"
-
-// The 256-bit types below are used only by e9 code; below e9 they are never
-// emitted, so the warning about their calling convention does not apply.
-#pragma GCC diagnostic ignored "-Wpsabi"
 
 namespace orv::ORV_TIER_NS {
 namespace {
@@ -32,86 +29,12 @@ inline __m128d min_lo(__m128d a, double x) { return _mm_min_sd(a, _mm_set_sd(x))
 inline double max_halves(__m128d r) { return _mm_cvtsd_f64(_mm_max_sd(r, _mm_unpackhi_pd(r, r))); }
 inline double min_halves(__m128d r) { return _mm_cvtsd_f64(_mm_min_sd(r, _mm_unpackhi_pd(r, r))); }
 
-// Two doubles. select() is a blend from SSE4.1 on, and masks below.
-struct D2 {
-    using R = __m128d;
-    static constexpr int kN = 2;
-    template <bool kAligned>
-    static R load(const double* p) {
-        if constexpr (kAligned) return _mm_load_pd(p);
-        else return _mm_loadu_pd(p);
-    }
-    static R zero() { return _mm_setzero_pd(); }
-    static R first(double x) { return _mm_set_sd(x); }
-    static R all(double x) { return _mm_set1_pd(x); }
-    static R add(R a, R b) { return _mm_add_pd(a, b); }
-    static R mul(R a, R b) { return _mm_mul_pd(a, b); }
-    static R max(R a, R b) { return _mm_max_pd(a, b); }
-    static R min(R a, R b) { return _mm_min_pd(a, b); }
-    static R gt(R a, R b) { return _mm_cmpgt_pd(a, b); }
-    static R select(R mask, R yes, R no) {
-        if constexpr (kTier >= Tier::y8) return _mm_blendv_pd(no, yes, mask);
-        else return _mm_or_pd(_mm_and_pd(mask, yes), _mm_andnot_pd(mask, no));
-    }
-    static void store(double* p, R r) { _mm_storeu_pd(p, r); }
-    // Down to one 128-bit register: nothing to do at this width.
-    static __m128d fold_add(R r) { return r; }
-    static __m128d fold_max(R r) { return r; }
-    static __m128d fold_min(R r) { return r; }
-};
-
-// Four doubles (e9).
-struct D4 {
-    using R = __m256d;
-    static constexpr int kN = 4;
-    template <bool kAligned>
-    static R load(const double* p) {
-        if constexpr (kAligned) return _mm256_load_pd(p);
-        else return _mm256_loadu_pd(p);
-    }
-    static R zero() { return _mm256_setzero_pd(); }
-    static R first(double x) { return _mm256_set_pd(0.0, 0.0, 0.0, x); }
-    static R all(double x) { return _mm256_set1_pd(x); }
-    static R add(R a, R b) { return _mm256_add_pd(a, b); }
-    static R mul(R a, R b) { return _mm256_mul_pd(a, b); }
-    static R max(R a, R b) { return _mm256_max_pd(a, b); }
-    static R min(R a, R b) { return _mm256_min_pd(a, b); }
-    static R gt(R a, R b) { return _mm256_cmp_pd(a, b, _CMP_GT_OQ); }
-    static R select(R mask, R yes, R no) { return _mm256_blendv_pd(no, yes, mask); }
-    static void store(double* p, R r) { _mm256_storeu_pd(p, r); }
-    // Low 128 bits first, high second.
-    static __m128d fold_add(R r) { return _mm_add_pd(_mm256_castpd256_pd128(r), _mm256_extractf128_pd(r, 1)); }
-    static __m128d fold_max(R r) { return _mm_max_pd(_mm256_castpd256_pd128(r), _mm256_extractf128_pd(r, 1)); }
-    static __m128d fold_min(R r) { return _mm_min_pd(_mm256_castpd256_pd128(r), _mm256_extractf128_pd(r, 1)); }
-};
-
-// Four floats.
-struct F4 {
-    using R = __m128;
-    static constexpr int kN = 4;
-    template <bool kAligned>
-    static R load(const float* p) {
-        if constexpr (kAligned) return _mm_load_ps(p);
-        else return _mm_loadu_ps(p);
-    }
-    static R zero() { return _mm_setzero_ps(); }
-    static R add(R a, R b) { return _mm_add_ps(a, b); }
-    static __m128 fold_add(R r) { return r; }
-};
-
-// Eight floats (e9).
-struct F8 {
-    using R = __m256;
-    static constexpr int kN = 8;
-    template <bool kAligned>
-    static R load(const float* p) {
-        if constexpr (kAligned) return _mm256_load_ps(p);
-        else return _mm256_loadu_ps(p);
-    }
-    static R zero() { return _mm256_setzero_ps(); }
-    static R add(R a, R b) { return _mm256_add_ps(a, b); }
-    static __m128 fold_add(R r) { return _mm_add_ps(_mm256_castps256_ps128(r), _mm256_extractf128_ps(r, 1)); }
-};
+// The lanes of the loops below: D2 and F4 on every tier, D4 and F8 on e9
+// only (templates that no other tier instantiates).
+using simd::D2;
+using simd::D4;
+using simd::F4;
+using simd::F8;
 
 // Two floats widened to two doubles; reads exactly 8 bytes.
 inline __m128d widen2(const float* p) {

@@ -16,7 +16,8 @@ others = [t for t in TIERS if t != tier]
 
 FRAME = {"orvMalloc", "orvFree", "orvGetMaxCacheSizeB", "ownGetReg", "orv_set_rc_ssx", "orv_set_cw_ssx", "ps_get_ssx",
          "ps_set_ssx", "orv_clear_ssx", "ownGetFeature", "orvGetStatusString", "cos", "sin", "log", "sqrt",
-         "orv_isnan", "orv_finite", "orvJumpIndexForMergedLibs"}
+         "orv_isnan", "orv_finite", "orvJumpIndexForMergedLibs",
+         "fft_fix_twiddle_table_32f", "fft_fix_twiddle_table_64f"}
 RUNTIME = re.compile(r"^(mem(cpy|move|set|cmp)|str\w+|malloc|free|calloc|realloc|abort|exp|expl|logl|sqrtl|"
                      r"floor|ceil|fabs|nearbyint|lrint|__\w+|_GLOBAL_OFFSET_TABLE_|_Unwind_\w+|"
                      r"__errno_location|getenv|setenv|catopen|catgets|catclose|snprintf|fputs|stderr|time)$")
