@@ -101,14 +101,16 @@ __m128 load_f(const unsigned char* p) {
     } else if constexpr (std::is_same_v<TS, Orv32f>) {
         if constexpr (N == 1) return _mm_set_ss(load_elem<float>(p));
         else return _mm_set_ps(0.0f, load_elem<float>(p + 8), load_elem<float>(p + 4), load_elem<float>(p));
-    } else if constexpr (sizeof(TS) == 1) {
-        uint32_t v = 0;
-        std::memcpy(&v, p, N);
-        return _mm_cvtepi32_ps(widen4<TS>(_mm_cvtsi32_si128(int(v))));
     } else {
+        // Elements gathered in a register: a partial copy through the stack
+        // would stall each load on store forwarding.
+        using U = std::conditional_t<sizeof(TS) == 1, Orv8u, Orv16u>;
         uint64_t v = 0;
-        std::memcpy(&v, p, N * sizeof(TS));
-        return _mm_cvtepi32_ps(widen4<TS>(_mm_cvtsi64_si128(int64_t(v))));
+        for (int i = 0; i < N; ++i) v |= uint64_t(load_elem<U>(p + i * sizeof(TS))) << (8 * sizeof(TS) * i);
+        if constexpr (sizeof(TS) == 1)
+            return _mm_cvtepi32_ps(widen4<TS>(_mm_cvtsi32_si128(int(uint32_t(v)))));
+        else
+            return _mm_cvtepi32_ps(widen4<TS>(_mm_cvtsi64_si128(int64_t(v))));
     }
 }
 
