@@ -15,33 +15,37 @@ namespace filt {
 using GroupFrame = void (*)(const Orv32f*, int, OrviSize, const Orv32f*, int, OrviSize, Orv32f*, int);
 using Replicated = int (*)(const Orv32f*, int, Orv32f*, int, int, int, const Orv32f*, int, int, Orv32f*);
 
+// The flags say which routes exist, as constants: comparing a function's
+// address with null is not a constant expression where the address may be
+// interposed (as in sanitizer builds).
 struct Kernels32f {
     GroupFrame group;       // first choice, null where the tier has none
     Replicated replicated;  // second choice, null where it is never reached
+    bool hasGroup, hasReplicated;
 };
 
 // This tier's kernels by layout C1, C3, C4, AC4. In e9 the column-group frame
 // takes every C4 and AC4 call, so no replicated kernel stands behind it.
 #if defined(ORV_TIER_E9)
 constexpr Kernels32f kKernels[4] = {
-    {ORV_T(ownFilter_32f_C1R_g9e9), ORV_T(owniFilter_32f_C1R_gsh)},
-    {ORV_T(ownFilter_32f_C3R_g9e9), ORV_T(owniFilter_32f_C3R)},
-    {ORV_T(ownFilter_32f_C4R_g9e9), nullptr},
-    {ORV_T(ownFilter_32f_AC4R_g9e9), nullptr},
+    {ORV_T(ownFilter_32f_C1R_g9e9), ORV_T(owniFilter_32f_C1R_gsh), true, true},
+    {ORV_T(ownFilter_32f_C3R_g9e9), ORV_T(owniFilter_32f_C3R), true, true},
+    {ORV_T(ownFilter_32f_C4R_g9e9), nullptr, true, false},
+    {ORV_T(ownFilter_32f_AC4R_g9e9), nullptr, true, false},
 };
 #elif defined(ORV_TIER_Y8) || defined(ORV_TIER_N8)
 constexpr Kernels32f kKernels[4] = {
-    {ORV_T(ownFilter_32f_C1R_v8u8), ORV_T(owniFilter_32f_C1R)},
-    {ORV_T(ownFilter_32f_C3R_v8u8), ORV_T(owniFilter_32f_C3R)},
-    {ORV_T(ownFilter_32f_C4R_v8u8), ORV_T(owniFilter_32f_C4R)},
-    {nullptr, ORV_T(owniFilter_32f_AC4R)},
+    {ORV_T(ownFilter_32f_C1R_v8u8), ORV_T(owniFilter_32f_C1R), true, true},
+    {ORV_T(ownFilter_32f_C3R_v8u8), ORV_T(owniFilter_32f_C3R), true, true},
+    {ORV_T(ownFilter_32f_C4R_v8u8), ORV_T(owniFilter_32f_C4R), true, true},
+    {nullptr, ORV_T(owniFilter_32f_AC4R), false, true},
 };
 #else
 constexpr Kernels32f kKernels[4] = {
-    {nullptr, ORV_T(owniFilter_32f_C1R)},
-    {nullptr, ORV_T(owniFilter_32f_C3R)},
-    {nullptr, ORV_T(owniFilter_32f_C4R)},
-    {nullptr, ORV_T(owniFilter_32f_AC4R)},
+    {nullptr, ORV_T(owniFilter_32f_C1R), false, true},
+    {nullptr, ORV_T(owniFilter_32f_C3R), false, true},
+    {nullptr, ORV_T(owniFilter_32f_C4R), false, true},
+    {nullptr, ORV_T(owniFilter_32f_AC4R), false, true},
 };
 #endif
 
@@ -69,7 +73,7 @@ template <Layout L>
 void route_32f(const Call<Entry<Orv32f, Orv32f, L>>& c) {
     constexpr Kernels32f k = kKernels[int(L)];
     const OrviSize roi{c.width, c.height}, ks{c.kW, c.kH};
-    if constexpr (k.group != nullptr) {
+    if constexpr (k.hasGroup) {
         if (group_takes<L>(c.width, c.kW)) {
             // The y8/n8 frames load four coefficients ending at the current one.
             const Orv32f* coef = kTier == Tier::e9 ? c.coefLast : c.coefLast - 3;
@@ -77,7 +81,7 @@ void route_32f(const Call<Entry<Orv32f, Orv32f, L>>& c) {
             return;
         }
     }
-    if constexpr (k.replicated != nullptr) {
+    if constexpr (k.hasReplicated) {
         if (c.kW >= 3 && c.width >= kReplicatedMinWidth<L> && c.scratch &&
             k.replicated(c.win, c.srcStep, c.dst, c.dstStep, c.width, c.height, c.coefLast, c.kW, c.kH, c.scratch))
             return;
