@@ -1,7 +1,5 @@
-// Reference for the filter tests: a long double convolution for any channel
-// count and source type, and the source window of a call placed between guard
-// pages, exactly as large as the filters may read.
-//
+// Shared by the filter tests: the source window of a call between guard pages,
+// exactly as large as the filters may read, and a long double reference.
 // The filters compute, per channel,
 //   dst(x, y) = sum over i < kH, j < kW of k[i * kW + j] * src(x + ax - j, y + ay - i)
 // so the pixels they may read are columns x + ax - kW + 1 .. x + ax and rows
@@ -17,9 +15,21 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/alloc_spy.h"
 #include "support/guarded_image.h"
+#include "support/tier_registry.h"
 
 namespace orv::test {
+
+// The pixel layouts of the filter entries: name suffix, elements per pixel,
+// and whether the fourth element is kept (AC4).
+struct Layout {
+    const char* name;
+    int ch;
+    bool ac4;
+    int used() const { return ac4 ? 3 : ch; }
+};
+inline constexpr Layout kLayouts[] = {{"C1R", 1, false}, {"C3R", 3, false}, {"C4R", 4, false}, {"AC4R", 4, true}};
 
 // The source of one call. The window is a GuardedImage of (w + kW - 1) x
 // (h + kH - 1) pixels with row step `step` bytes (at least the window row),
@@ -38,8 +48,6 @@ public:
     // The least step the filters accept: the window's row.
     static int min_step(int w, int channels, int kW) { return (w + kW - 1) * channels * int(sizeof(T)); }
 
-    GuardedImage<T>& window() { return win_; }
-    const GuardedImage<T>& window() const { return win_; }
     int step() const { return win_.step(); }
     const T* roi() const {
         // Integer arithmetic: the region's first pixel may lie outside the block.
@@ -70,11 +78,11 @@ struct FilterRef {
     long double mag(int x, int y, int c) const { return magnitude[(size_t(y) * w + x) * channels + c]; }
 };
 
-// Convolution of the first `channels` channels of `src` (a callable (x, y, c)
-// -> value in region coordinates) with the kW x kH kernel k and anchor
-// (ax, ay), for a w x h region.
-template <class Src>
-FilterRef filter_ref(const Src& src, int w, int h, int channels, const float* k, int kW, int kH, int ax, int ay) {
+// Convolution of the first `channels` channels of `src` with the kW x kH
+// kernel k and anchor (ax, ay), for a w x h region.
+template <class T>
+FilterRef filter_ref(const FilterSource<T>& src, int w, int h, int channels, const float* k, int kW, int kH, int ax,
+                     int ay) {
     FilterRef r;
     r.w = w, r.h = h, r.channels = channels;
     r.value.assign(size_t(w) * h * channels, 0.0L);
@@ -85,22 +93,13 @@ FilterRef filter_ref(const Src& src, int w, int h, int channels, const float* k,
                 long double s = 0, m = 0;
                 for (int i = 0; i < kH; ++i)
                     for (int j = 0; j < kW; ++j) {
-                        const long double t =
-                            (long double)k[i * kW + j] * (long double)src(x + ax - j, y + ay - i, c);
-                        s += t;
-                        m += std::fabs(t);
+                        const long double t = (long double)k[i * kW + j] * src.at(x + ax - j, y + ay - i, c);
+                        s += t, m += std::fabs(t);
                     }
                 const size_t o = (size_t(y) * w + x) * channels + c;
-                r.value[o] = s;
-                r.magnitude[o] = m;
+                r.value[o] = s, r.magnitude[o] = m;
             }
     return r;
-}
-
-template <class T>
-FilterRef filter_ref(const FilterSource<T>& src, int w, int h, int channels, const float* k, int kW, int kH, int ax,
-                     int ay) {
-    return filter_ref([&](int x, int y, int c) { return src.at(x, y, c); }, w, h, channels, k, kW, kH, ax, ay);
 }
 
 // An exact value rounded to nearest, ties to even, and saturated to T.
@@ -113,6 +112,12 @@ T round_even_sat(long double v) {
     if (v <= lo) return std::numeric_limits<T>::min();
     if (v >= hi) return std::numeric_limits<T>::max();
     return T(std::nearbyintl(v));  // default rounding mode: ties to even
+}
+
+// Half away from zero, saturated.
+template <class T>
+T round_away_sat(long double v) {
+    return round_even_sat<T>(std::trunc(v + std::copysign(0.5L, v)));
 }
 
 }  // namespace orv::test

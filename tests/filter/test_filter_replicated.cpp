@@ -1,43 +1,31 @@
-// The replicated-coefficient kernels of the float 2-D filters, reached through
-// the entries of every tier where their route takes the call (C1 at widths of
-// 16 and more that the column-group frame leaves, C3 from 6, C4 and AC4 from
-// 4). Each destination element must carry the bits of one running
-// single-precision sum in window order: rows from the top, columns from left
-// to right. The source window lies flush against a guard page and the
-// destination's slack is checked, at aligned, unaligned and undeclinable
-// addresses and steps; a row at a 2-byte address or a step not a multiple of
-// 4 goes to the generic loop, which sums in the same order.
+// The replicated-coefficient kernels of the float 2-D filters, through every
+// tier's entries where their route takes the call (C1 from width 16 where the
+// column-group frame leaves it, C3 from 6, C4 and AC4 from 4): each element
+// carries the bits of one running float sum in window order (rows from the
+// top, columns left to right). Window against a guard page, destination slack
+// checked, aligned and unaligned addresses and steps; 2-byte rows and steps
+// not a multiple of 4 go to the generic loop, which sums in the same order.
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "filter/filter_ref.h"
 #include "orvi.h"
-#include "support/tier_registry.h"
 
 namespace orv::test {
 namespace {
 
 using Fn = decltype(orviFilter_32f_C1R);
 
-enum class Lay { C1, C3, C4, AC4 };
-constexpr int channels(Lay l) { return l == Lay::C1 ? 1 : l == Lay::C3 ? 3 : 4; }
-
 // Whether the call reaches the replicated-coefficient route in this tier.
-bool reaches(const std::string& tier, Lay l, int w, int kW) {
+bool reaches(const std::string& tier, const Layout& l, int w, int kW) {
     if (kW < 3) return false;
-    if (tier == "e9") return (l == Lay::C1 && kW == 3 && w >= 16) || (l == Lay::C3 && w >= 6 && w < 8);
-    const bool group = tier != "m7" && l != Lay::AC4 && (l == Lay::C1 ? w > kW + 8 : w > kW);
-    return !group && w >= (l == Lay::C1 ? 16 : l == Lay::C3 ? 6 : 4);
+    if (tier == "e9") return (l.ch == 1 && kW == 3 && w >= 16) || (l.ch == 3 && w >= 6 && w < 8);
+    const bool group = tier != "m7" && !l.ac4 && (l.ch == 1 ? w > kW + 8 : w > kW);
+    return !group && w >= (l.ch == 1 ? 16 : l.ch == 3 ? 6 : 4);
 }
 
-// Placement of source and destination. Byte alignments are taken modulo 16
-// of the window's and the destination's first byte.
+// Placement: alignments are of the window's and destination's first byte mod 16.
 struct Place {
     const char* what;
     int srcStepMode;  // 0: least step, 1: multiple of 16 plus 16, 2: multiple of 16 plus 4, 3: least plus 2
@@ -75,8 +63,8 @@ float value(std::mt19937& g) {
 
 // One call against the running-sum model; returns false after the first
 // differing element (reported).
-bool check(Fn* fn, Lay l, int w, int kW, const Place& p, std::mt19937& g) {
-    const int ch = channels(l), used = l == Lay::AC4 ? 3 : ch;
+bool check(Fn* fn, const Layout& l, int w, int kW, const Place& p, std::mt19937& g) {
+    const int ch = l.ch, used = l.used();
     const int kH = 1 + kW % 3, h = 2 + w % 3, ax = kW / 2, ay = kH - 1;
     const int least = FilterSource<float>::min_step(w, ch, kW), step = src_step(p.srcStepMode, least);
     const size_t srcBytes = GuardedImage<float>::bytes_for(w + kW - 1, h + kH - 1, ch, step);
@@ -88,9 +76,7 @@ bool check(Fn* fn, Lay l, int w, int kW, const Place& p, std::mt19937& g) {
     dst.fill([&](int x, int y, int c) { return c == 3 ? float(x * 100 + y) : -7.0f; });
     std::vector<float> k(size_t(kW) * kH);
     for (float& v : k) v = value(g);
-
-    const OrvStatus st = fn(src.roi(), step, dst.data(), dstStep, {w, h}, k.data(), {kW, kH}, {ax, ay});
-    EXPECT_EQ(st, orvStsNoErr);
+    EXPECT_EQ(fn(src.roi(), step, dst.data(), dstStep, {w, h}, k.data(), {kW, kH}, {ax, ay}), orvStsNoErr);
     EXPECT_TRUE(dst.slack_intact());
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x)
@@ -105,51 +91,42 @@ bool check(Fn* fn, Lay l, int w, int kW, const Place& p, std::mt19937& g) {
                 }
                 const float got = dst.get(x, y, c);
                 if (std::memcmp(&got, &want, sizeof got) != 0) {
-                    ADD_FAILURE() << p.what << ": w " << w << " kW " << kW << " kH " << kH << " pixel (" << x
-                                  << ", " << y << ") channel " << c << ": " << got << " != " << want;
+                    ADD_FAILURE() << p.what << ": w " << w << " k " << kW << "x" << kH << " at " << x << "," << y
+                                  << "," << c << ": " << got << " != " << want;
                     return false;
                 }
             }
     return !::testing::Test::HasFailure();
 }
 
-struct LayoutCase {
-    const char* entry;
-    Lay lay;
-};
-
-class FilterReplicated : public ::testing::TestWithParam<LayoutCase> {};
+class FilterReplicated : public ::testing::TestWithParam<Layout> {};
 
 TEST_P(FilterReplicated, OneRunningSumPerElementInWindowOrder) {
-    const LayoutCase lc = GetParam();
-    const auto tiers = tiers_of<Fn>(lc.entry);
-    if (tiers.empty()) GTEST_SKIP() << lc.entry << " is not built";
+    const Layout& l = GetParam();
+    const auto tiers = tiers_of<Fn>(std::string("orviFilter_32f_") + l.name);
+    ASSERT_FALSE(tiers.empty());
     // C1: every tail length and load bound from 16 on; the pixel layouts up
     // to the widths the column-group frames leave, and two wider ones for m7.
     std::vector<int> widths;
-    for (int w = lc.lay == Lay::C1 ? 16 : 4; w <= (lc.lay == Lay::C1 ? 40 : 18); ++w) widths.push_back(w);
-    if (lc.lay != Lay::C1) widths.insert(widths.end(), {29, 40});
+    for (int w = l.ch == 1 ? 16 : 4; w <= (l.ch == 1 ? 40 : 18); ++w) widths.push_back(w);
+    if (l.ch != 1) widths.insert(widths.end(), {29, 40});
     std::mt19937 g(12345);
     int calls = 0;
     for (const auto& t : tiers)
         for (int kW : {3, 4, 5, 6, 7, 8, 9, 16, 17})
             for (int w : widths) {
-                if (!reaches(t.tier, lc.lay, w, kW)) continue;
+                if (!reaches(t.tier, l, w, kW)) continue;
                 for (const Place& p : kPlaces) {
                     SCOPED_TRACE(t.tier);
                     ++calls;
-                    if (!check(t.fn, lc.lay, w, kW, p, g)) return;
+                    if (!check(t.fn, l, w, kW, p, g)) return;
                 }
             }
     EXPECT_GT(calls, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, FilterReplicated,
-                         ::testing::Values(LayoutCase{"orviFilter_32f_C1R", Lay::C1},
-                                           LayoutCase{"orviFilter_32f_C3R", Lay::C3},
-                                           LayoutCase{"orviFilter_32f_C4R", Lay::C4},
-                                           LayoutCase{"orviFilter_32f_AC4R", Lay::AC4}),
-                         [](const auto& info) { return std::string(info.param.entry + 11); });
+INSTANTIATE_TEST_SUITE_P(Layouts, FilterReplicated, ::testing::ValuesIn(kLayouts),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace orv::test

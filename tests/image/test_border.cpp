@@ -1,9 +1,8 @@
 // Constant and wrapped borders on every tier against the element formula:
-// borders of 0 (a plain copy), of 1, around the 16-element blocks and wider
-// than the image, source widths of 1 and below and above a block (the
-// element-by-element and the blocked wrap), images at odd addresses and with
-// step slack between guard pages, words moved bit for bit, and the checks in
-// order with nothing written on failure.
+// borders of 0, 1, around the 16-element blocks and wider than the image,
+// source widths of 1 and either side of a block (element-wise and blocked
+// wrap), odd addresses and step slack between guard pages, words moved bit for
+// bit, and the checks in order with nothing written on failure.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -23,9 +22,7 @@ using orv::test::TierFn;
 using ConstFn = decltype(orviCopyConstBorder_32s_C1R);
 using WrapFn = decltype(orviCopyWrapBorder_32s_C1R);
 
-struct Case {
-    int sw, sh, top, left, right, bottom;
-};
+struct Case { int sw, sh, top, left, right, bottom; };
 const Case kCases[] = {
     {5, 4, 0, 0, 0, 0},      {37, 3, 0, 0, 0, 0},    // plain copies
     {6, 3, 1, 1, 1, 1},      {40, 2, 2, 16, 1, 0},   // right border of one
@@ -35,13 +32,8 @@ const Case kCases[] = {
     {50, 5, 16, 16, 16, 16}, {33, 2, 0, 1, 2, 0},  {2, 9, 20, 3, 70, 21},
 };
 
-// Byte placement of the source and destination: offsets from the guard
-// page and extra step bytes (odd ones leave rows at odd addresses).
-struct Place {
-    Flush flush;
-    size_t srcOffset, dstOffset;
-    int srcExtra, dstExtra;
-};
+// Offsets from the guard page and extra step bytes (odd: rows at odd addresses).
+struct Place { Flush flush; size_t srcOffset, dstOffset; int srcExtra, dstExtra; };
 const Place kPlaces[] = {{Flush::End, 0, 0, 0, 0}, {Flush::Start, 4, 12, 12, 20}, {Flush::End, 1, 3, 3, 7}};
 
 Orv32s src_value(int x, int y) { return static_cast<Orv32s>(0x7FC00000u + 1000u * y + x); }  // NaN payloads
@@ -69,8 +61,7 @@ void check_all(Run run, bool wrap, Orv32s value) {
             for (int y = 0; y < dh; ++y)
                 for (int x = 0; x < dw; ++x)
                     ASSERT_EQ(dst.get(x, y), expected(c, x, y, wrap, value))
-                        << "at (" << x << ", " << y << ") of src " << c.sw << "x" << c.sh << " top " << c.top
-                        << " left " << c.left << " dst " << dw << "x" << dh << " offset " << p.dstOffset;
+                        << "at " << x << "," << y << " case " << (&c - kCases) << " place " << (&p - kPlaces);
             EXPECT_TRUE(dst.slack_intact());
             EXPECT_TRUE(src.unchanged_since(srcBefore.data()));
         }
@@ -89,11 +80,7 @@ TEST_P(WrapBorder, MatchesModuloFormula) { check_all(GetParam().fn, true, 0); }
 
 // The checks in order: pointers, steps, then sizes and borders; nothing is
 // written when one fails.
-struct BadArgs {
-    bool nullSrc, nullDst;
-    int srcStep, dstStep, sw, sh, dw, dh, top, left;
-    OrvStatus want;
-};
+struct BadArgs { bool nullSrc, nullDst; int srcStep, dstStep, sw, sh, dw, dh, top, left; OrvStatus want; };
 const BadArgs kBad[] = {
     {true, false, 0, 0, 0, 0, 0, 0, -1, -1, orvStsNullPtrErr},
     {false, true, 0, 0, 0, 0, 0, 0, -1, -1, orvStsNullPtrErr},
@@ -143,7 +130,7 @@ TEST(BorderFloat, ForwardsBitsOnEveryTierAndStub) {
     const int dw = 6, dh = 4;
     float src[6], dst[24];
     for (int i = 0; i < 6; ++i) src[i] = std::bit_cast<float>(src_value(i % 3, i / 3));
-    for (const float value : {std::bit_cast<float>(0xFFA00001u), -0.0f}) {
+    for (const float value : {std::bit_cast<float>(0xFFA00001u), -0.0f})
         for (size_t k = 0; k < consts.size(); ++k) {
             const Orv32s v = std::bit_cast<Orv32s>(value);
             ASSERT_EQ(consts[k].fn(src, 12, {3, 2}, dst, 24, {dw, dh}, c.top, c.left, value), orvStsNoErr);
@@ -153,7 +140,6 @@ TEST(BorderFloat, ForwardsBitsOnEveryTierAndStub) {
             for (int i = 0; i < 24; ++i)
                 ASSERT_EQ(std::bit_cast<Orv32s>(dst[i]), expected(c, i % dw, i / dw, true, 0)) << wraps[k].tier;
         }
-    }
 }
 
 }  // namespace

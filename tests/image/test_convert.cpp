@@ -1,9 +1,8 @@
-// Float images to 8u (one and four channels), 16s and 16u (four channels)
-// on every tier against one element reference: the three rounding rules
-// with ties and saturation at both bounds of each type, NaN, infinities;
-// region sizes from 1x1 up, rows at any byte address with step slack between
-// guard pages, dense images, the fourth element of AC4 destinations kept,
-// MXCSR as left behind for each mode and entry word, and the checks in order.
+// Float images to 8u (C1, AC4), 16s and 16u (AC4) on every tier against one
+// element reference: three rounding rules with ties, saturation at both bounds,
+// NaN, infinities; regions from 1x1 up at any byte address with step slack
+// between guard pages, dense images, AC4's fourth element kept, MXCSR after
+// the call for each mode and entry word, and the checks in order.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -19,7 +18,8 @@
 namespace orv::test {
 namespace {
 
-// One public conversion of one tier behind a common signature.
+// One public conversion of one tier behind a common signature; read and
+// write move one destination element.
 struct ConvCase {
     std::string tier, name;
     IntType limits;
@@ -98,9 +98,7 @@ protected:
 
 TEST_P(Convert, RegionsAtAnyPlacementEveryMode) {
     std::mt19937 rng(11);
-    struct Size {
-        int w, h;
-    };
+    struct Size { int w, h; };
     const Size sizes[] = {{1, 1}, {2, 1}, {3, 2}, {4, 3}, {5, 2}, {7, 1}, {8, 2}, {9, 3}, {15, 2}, {16, 2}, {17, 3},
                           {31, 2}, {33, 4}, {64, 2}, {100, 3}};
     int k = 0;
@@ -126,10 +124,7 @@ TEST_P(Convert, DenseImages) {
 // the reference itself.
 TEST_P(Convert, KnownResults) {
     const ConvCase& c = GetParam();
-    struct Known {
-        float x;
-        int64_t zero, nearest, away;  // modes 0, 1, 2
-    };
+    struct Known { float x; int64_t zero, nearest, away; };  // modes 0, 1, 2
     const int64_t lo = c.limits.lo, hi = c.limits.hi;
     const float flo = static_cast<float>(lo), fhi = static_cast<float>(hi);
     std::vector<Known> known = {{2.5f, 2, 2, 3},         {3.5f, 3, 4, 4},           {2.4f, 2, 2, 2},
@@ -153,23 +148,12 @@ TEST_P(Convert, KnownResults) {
 // word already had the mode's rounding.
 TEST_P(Convert, MxcsrAfterTheCall) {
     const ConvCase& c = GetParam();
-    struct Word {
-        unsigned before;
-        int mode;
-        bool restored;
-        int64_t of2p7;  // 2.7 converted under it
-    };
-    const Word words[] = {
-        {kMxcsrDefault, 1, false, 3},
-        {kMxcsrDefault | kRoundUp, 1, true, 3},
-        {kMxcsrDefault | kRoundZero, 1, true, 3},
-        {kMxcsrDefault, 0, true, 2},
-        {kMxcsrDefault | kRoundDown, 0, true, 2},
-        {kMxcsrDefault | kRoundZero, 0, false, 2},  // already truncating: nothing restored
-        {kMxcsrDefault, 2, true, 3},
-        {kMxcsrDefault | kRoundUp, 2, true, 3},
-        {kMxcsrDefault | kRoundZero, 2, false, 3},
-    };
+    struct Word { unsigned before; int mode; bool restored; int64_t of2p7; };  // of2p7: 2.7 converted under it
+    const unsigned d = kMxcsrDefault;
+    const Word words[] = {{d, 1, false, 3}, {d | kRoundUp, 1, true, 3}, {d | kRoundZero, 1, true, 3},
+                          {d, 0, true, 2},  {d | kRoundDown, 0, true, 2},
+                          {d | kRoundZero, 0, false, 2},  // already truncating: nothing restored
+                          {d, 2, true, 3},  {d | kRoundUp, 2, true, 3}, {d | kRoundZero, 2, false, 3}};
     for (const Word& w : words) {
         const float px[8] = {2.7f, 2.7f, 2.7f, 1.0f, 2.7f, 2.7f, 2.7f, 1.0f};
         unsigned char out[16] = {};
@@ -180,8 +164,7 @@ TEST_P(Convert, MxcsrAfterTheCall) {
             after = _mm_getcsr();
         }
         EXPECT_EQ(c.read(out), w.of2p7) << std::hex << w.before << " mode " << w.mode;
-        // Restored: exactly the entry word. Not restored: the entry word with
-        // the inexact flag of the conversion.
+        // Not restored: the entry word with the conversion's inexact flag.
         EXPECT_EQ(after, w.restored ? w.before : (w.before | kInexact)) << std::hex << w.before << " mode " << w.mode;
     }
 }
@@ -191,11 +174,7 @@ TEST_P(Convert, ChecksInOrderAndWritesNothing) {
     const float src[16] = {};
     unsigned char dst[64];
     std::memset(dst, 0x33, sizeof dst);
-    struct Bad {
-        bool nullSrc, nullDst;
-        int srcStep, dstStep, w, h;
-        OrvStatus want;
-    };
+    struct Bad { bool nullSrc, nullDst; int srcStep, dstStep, w, h; OrvStatus want; };
     const Bad bad[] = {{true, false, 0, 0, 0, 0, orvStsNullPtrErr}, {false, true, 0, 0, 0, 0, orvStsNullPtrErr},
                        {false, false, 0, 0, 0, 1, orvStsSizeErr},     {false, false, 0, 0, 1, -1, orvStsSizeErr},
                        {false, false, 0, 16, 1, 1, orvStsStepErr},    {false, false, 16, 0, 1, 1, orvStsStepErr},

@@ -23,16 +23,11 @@ using Fn32f = decltype(orviTranspose_32f_C1R);
 
 // First pixel `addr` bytes past a 64-byte boundary; the step is the row's
 // bytes rounded up to `mult`, plus `extra`.
-struct Layout {
-    int addr, mult, extra;
-};
+struct Layout { int addr, mult, extra; };
 constexpr Layout kA64{0, 64, 0}, kA16{16, 16, 0}, kAt32{32, 64, 0}, kStep32{0, 32, 32}, kAt16{16, 64, 0},
     kAt4{4, 16, 0}, kStep4{0, 16, 4}, kOdd{1, 1, 3}, kWide{8, 4, 200};
 
-struct Case {
-    int w, h;
-    Layout src, dst;
-};
+struct Case { int w, h; Layout src, dst; };
 const Case kCases[] = {
     // Blocked candidates and 256-bit bands: width around 512, heights around 16 and 32.
     {512, 16, kA16, kA64}, {513, 16, kA16, kA64}, {516, 16, kA16, kA64}, {516, 32, kA16, kA64},
