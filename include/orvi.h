@@ -11,6 +11,134 @@ ORV_EXTERN_C_BEGIN
 /* Version record of the image domain for the tier that serves the call. */
 ORV_API const OrvLibVersion* orviGetLibVersion(void);
 
+/* ---- Region operations ---------------------------------------------------
+ * Steps are in bytes and are not checked: the caller vouches for them. A null
+ * pointer gives orvStsNullPtrErr, a width or height below 1 orvStsSizeErr;
+ * nothing is written on failure. Orv32f data are moved as 32-bit words, bit
+ * for bit. orviSet_32f_C1R, orviAdd_32f_C1IR and orviTranspose_32s_C1R have
+ * no stub: call a tier's name. */
+ORV_API OrvStatus orviCopy_32f_C1R(const Orv32f* pSrc, int srcStep, Orv32f* pDst, int dstStep, OrviSize roiSize);
+ORV_API OrvStatus orviSet_32f_C1R(Orv32f* pDst, int dstStep, OrviSize roiSize, Orv32f value);
+/* pSrcDst[x] += pSrc[x] over the region. */
+ORV_API OrvStatus orviAdd_32f_C1IR(const Orv32f* pSrc, int srcStep, Orv32f* pSrcDst, int srcDstStep,
+                                   OrviSize roiSize);
+/* pDst has srcRoiSize.width rows of srcRoiSize.height elements:
+ * pDst[x][y] = pSrc[y][x]. */
+ORV_API OrvStatus orviTranspose_32s_C1R(const Orv32s* pSrc, int srcStep, Orv32s* pDst, int dstStep,
+                                        OrviSize srcRoiSize);
+ORV_API OrvStatus orviTranspose_32f_C1R(const Orv32f* pSrc, int srcStep, Orv32f* pDst, int dstStep,
+                                        OrviSize srcRoiSize);
+
+/* ---- Border copies -------------------------------------------------------
+ * The source goes to the destination at (leftBorderWidth, topBorderHeight);
+ * the frame around it is filled with value, or by wrapping the source
+ * periodically. Checks in order: null pointers (orvStsNullPtrErr), a step
+ * below 1 (orvStsStepErr), then sizes below 1, negative borders or a
+ * destination too small for border plus source (orvStsSizeErr). The 32s forms
+ * have no stub. pDst must not overlap pSrc. */
+ORV_API OrvStatus orviCopyConstBorder_32s_C1R(const Orv32s* pSrc, int srcStep, OrviSize srcRoiSize, Orv32s* pDst,
+                                              int dstStep, OrviSize dstRoiSize, int topBorderHeight,
+                                              int leftBorderWidth, Orv32s value);
+ORV_API OrvStatus orviCopyConstBorder_32f_C1R(const Orv32f* pSrc, int srcStep, OrviSize srcRoiSize, Orv32f* pDst,
+                                              int dstStep, OrviSize dstRoiSize, int topBorderHeight,
+                                              int leftBorderWidth, Orv32f value);
+ORV_API OrvStatus orviCopyWrapBorder_32s_C1R(const Orv32s* pSrc, int srcStep, OrviSize srcRoiSize, Orv32s* pDst,
+                                             int dstStep, OrviSize dstRoiSize, int topBorderHeight,
+                                             int leftBorderWidth);
+ORV_API OrvStatus orviCopyWrapBorder_32f_C1R(const Orv32f* pSrc, int srcStep, OrviSize srcRoiSize, Orv32f* pDst,
+                                             int dstStep, OrviSize dstRoiSize, int topBorderHeight,
+                                             int leftBorderWidth);
+
+/* ---- Float to integer images ---------------------------------------------
+ * Round by rndMode (orvRndNear: to nearest even, orvRndZero: towards zero,
+ * any other value: half away from zero) and saturate to the type. AC4 forms
+ * convert three channels and leave the destination's fourth element as it
+ * was. Checks: null pointers (orvStsNullPtrErr), sizes below 1
+ * (orvStsSizeErr), steps below 1 (orvStsStepErr). MXCSR's rounding control is
+ * as before on return. No stubs: call a tier's name. */
+ORV_API OrvStatus orviConvert_32f8u_C1R(const Orv32f* pSrc, int srcStep, Orv8u* pDst, int dstStep, OrviSize roiSize,
+                                        int rndMode);
+ORV_API OrvStatus orviConvert_32f8u_AC4R(const Orv32f* pSrc, int srcStep, Orv8u* pDst, int dstStep, OrviSize roiSize,
+                                         int rndMode);
+ORV_API OrvStatus orviConvert_32f16s_AC4R(const Orv32f* pSrc, int srcStep, Orv16s* pDst, int dstStep,
+                                          OrviSize roiSize, int rndMode);
+ORV_API OrvStatus orviConvert_32f16u_AC4R(const Orv32f* pSrc, int srcStep, Orv16u* pDst, int dstStep,
+                                          OrviSize roiSize, int rndMode);
+
+/* ---- 2-D filters ---------------------------------------------------------
+ * True convolution with a dense kW x kH kernel (row-major, row 0 first):
+ *   dst(x, y) = sum over i < kH, j < kW of pKernel[i * kW + j] *
+ *               src(x + anchor.x - j, y + anchor.y - i)
+ * per channel. The caller guarantees that the source pixels the sum reads
+ * exist (columns x + anchor.x - kW + 1 .. x + anchor.x, rows likewise); no
+ * border is made. Checks in order: null pointers (orvStsNullPtrErr), sizes
+ * below 1 (orvStsSizeErr), srcStep below (width + kW - 1) pixels or dstStep
+ * below width pixels, compared signed (orvStsStepErr). The anchor is not
+ * checked. Sums are single precision; integer results are rounded and
+ * saturated. AC4 forms leave the destination's fourth channel. Source and
+ * destination must not overlap. No stubs: call a tier's name (m7, n8, y8,
+ * e9). */
+#define ORV_FILTER_DECL(name, TS, TD)                                                                       \
+    ORV_API OrvStatus name(const TS* pSrc, int srcStep, TD* pDst, int dstStep, OrviSize dstRoiSize,          \
+                           const Orv32f* pKernel, OrviSize kernelSize, OrviPoint anchor);
+ORV_FILTER_DECL(orviFilter_32f_C1R, Orv32f, Orv32f)
+ORV_FILTER_DECL(orviFilter_32f_C3R, Orv32f, Orv32f)
+ORV_FILTER_DECL(orviFilter_32f_C4R, Orv32f, Orv32f)
+ORV_FILTER_DECL(orviFilter_32f_AC4R, Orv32f, Orv32f)
+ORV_FILTER_DECL(orviFilter32f_8u_C1R, Orv8u, Orv8u)
+ORV_FILTER_DECL(orviFilter32f_8u_C3R, Orv8u, Orv8u)
+ORV_FILTER_DECL(orviFilter32f_8u_C4R, Orv8u, Orv8u)
+ORV_FILTER_DECL(orviFilter32f_8u_AC4R, Orv8u, Orv8u)
+ORV_FILTER_DECL(orviFilter32f_16s_C1R, Orv16s, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_16s_C3R, Orv16s, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_16s_C4R, Orv16s, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_16s_AC4R, Orv16s, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_16u_C1R, Orv16u, Orv16u)
+ORV_FILTER_DECL(orviFilter32f_16u_C3R, Orv16u, Orv16u)
+ORV_FILTER_DECL(orviFilter32f_16u_C4R, Orv16u, Orv16u)
+ORV_FILTER_DECL(orviFilter32f_16u_AC4R, Orv16u, Orv16u)
+ORV_FILTER_DECL(orviFilter32f_8u16s_C1R, Orv8u, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_8u16s_C3R, Orv8u, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_8u16s_C4R, Orv8u, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_8s16s_C1R, Orv8s, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_8s16s_C3R, Orv8s, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_8s16s_C4R, Orv8s, Orv16s)
+ORV_FILTER_DECL(orviFilter32f_8s_C1R, Orv8s, Orv8s)
+ORV_FILTER_DECL(orviFilter32f_8s_C3R, Orv8s, Orv8s)
+ORV_FILTER_DECL(orviFilter32f_8s_C4R, Orv8s, Orv8s)
+ORV_FILTER_DECL(orviFilter32f_32s_C1R, Orv32s, Orv32s)
+ORV_FILTER_DECL(orviFilter32f_32s_C3R, Orv32s, Orv32s)
+ORV_FILTER_DECL(orviFilter32f_32s_C4R, Orv32s, Orv32s)
+#undef ORV_FILTER_DECL
+
+/* ---- Row filters ---------------------------------------------------------
+ * Each row convolved with kernelSize taps:
+ *   dst(x) = sum over j < kernelSize of pKernel[j] * src(x + xAnchor - j)
+ * per channel; source pixels x + xAnchor - kernelSize + 1 .. x + xAnchor must
+ * exist. Checks as for the 2-D filters, with the minimum srcStep
+ * (width + kernelSize - 1) pixels; the 32f forms also refuse a step below 1.
+ * No stubs: call a tier's name (m7, n8, y8, e9). */
+#define ORV_FILTER_ROW_DECL(name, T)                                                                          \
+    ORV_API OrvStatus name(const T* pSrc, int srcStep, T* pDst, int dstStep, OrviSize dstRoiSize,             \
+                           const Orv32f* pKernel, int kernelSize, int xAnchor);
+ORV_FILTER_ROW_DECL(orviFilterRow_32f_C1R, Orv32f)
+ORV_FILTER_ROW_DECL(orviFilterRow_32f_C3R, Orv32f)
+ORV_FILTER_ROW_DECL(orviFilterRow_32f_C4R, Orv32f)
+ORV_FILTER_ROW_DECL(orviFilterRow_32f_AC4R, Orv32f)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_8u_C1R, Orv8u)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_8u_C3R, Orv8u)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_8u_C4R, Orv8u)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_8u_AC4R, Orv8u)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_16u_C1R, Orv16u)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_16u_C3R, Orv16u)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_16u_C4R, Orv16u)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_16u_AC4R, Orv16u)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_16s_C1R, Orv16s)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_16s_C3R, Orv16s)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_16s_C4R, Orv16s)
+ORV_FILTER_ROW_DECL(orviFilterRow32f_16s_AC4R, Orv16s)
+#undef ORV_FILTER_ROW_DECL
+
 ORV_EXTERN_C_END
 
 #include "orvtiers.h"

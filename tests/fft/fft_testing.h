@@ -1,6 +1,5 @@
-// Helpers shared by the FFT tests: one tier's variant of a name, the two
-// bit-reversal tables written from their definition, guarded copies, bitwise
-// comparison and a failing allocator.
+// Helpers shared by the FFT tests: the two bit-reversal tables written from
+// their definition, guarded copies, bitwise comparison and a failing allocator.
 #pragma once
 
 #include <cstring>
@@ -8,18 +7,12 @@
 #include <vector>
 
 #include "orvcore.h"
+#include "support/alloc_spy.h"
 #include "support/tier_registry.h"
 #include "vector/placed.h"
 
 namespace orv::test {
 
-// The variant of `name` built for `tier`, or null.
-template <class Fn>
-Fn* tier_fn(const std::string& name, const std::string& tier) {
-    for (const auto& t : tiers_of<Fn>(name))
-        if (t.tier == tier) return t.fn;
-    return nullptr;
-}
 #define ORV_TIER_FN(name, tier) ::orv::test::tier_fn<decltype(name)>(#name, tier)
 
 inline unsigned rev_bits(unsigned v, int bits) {
@@ -70,14 +63,8 @@ struct PlacedCopy : Placed {
 };
 
 // While in scope, every allocation through i_malloc from the k-th on fails.
-struct FailingMalloc {
-    static inline int calls = 0, failFrom = 1;
-    static inline void* (*real)(size_t) = nullptr;
-    explicit FailingMalloc(int from = 1) {
-        calls = 0, failFrom = from, real = i_malloc;
-        i_malloc = [](size_t n) { return ++calls >= failFrom ? nullptr : real(n); };
-    }
-    ~FailingMalloc() { i_malloc = real; }
+struct FailingMalloc : AllocSpy {
+    explicit FailingMalloc(int from = 1) : AllocSpy(from) {}
 };
 
 }  // namespace orv::test

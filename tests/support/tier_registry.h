@@ -38,6 +38,14 @@ std::vector<TierFn<Fn>> tiers_of(const std::string& name) {
     return out;
 }
 
+// The variant of `name` built for `tier`, or null.
+template <class Fn>
+Fn* tier_fn(const std::string& name, const std::string& tier) {
+    for (const auto& t : tiers_of<Fn>(name))
+        if (t.tier == tier) return t.fn;
+    return nullptr;
+}
+
 // For INSTANTIATE_TEST_SUITE_P: names each instance by its tier.
 struct TierName {
     template <class P>
