@@ -25,12 +25,7 @@ inline T* aligned(size_t bytes) {
 }
 
 // The variant of one tier, or null when that tier does not build it.
-template <class Fn>
-inline Fn* tier_fn(const std::string& name, const std::string& tier) {
-    for (const auto& t : orv::test::tiers_of<Fn>(name))
-        if (t.tier == tier) return t.fn;
-    return nullptr;
-}
+using orv::test::tier_fn;
 inline std::string name(const char* kind, const std::string& who, const std::string& tier, int order) {
     return std::string(kind) + "/" + who + "/" + tier + "/" + std::to_string(1 << order);
 }

@@ -34,13 +34,8 @@ using orv::test::GuardedBytes;
 
 constexpr long double kTwoPi = 6.283185307179586476925286766559L;
 
-template <class Fn>
-Fn* fn_of(const char* name, const std::string& tier) {
-    for (const auto& t : orv::test::tiers_of<Fn>(name))
-        if (t.tier == tier) return t.fn;
-    return nullptr;
-}
-#define ORV_FN(name, tier) fn_of<decltype(name)>(#name, tier)
+using orv::test::tier_fn;
+#define ORV_FN(name, tier) tier_fn<decltype(name)>(#name, tier)
 
 // Per element type: the entries, and the record whose inner complex
 // transform has the order under test (C_32fc of it, R_64f of one more).
@@ -80,8 +75,8 @@ struct Runner {
     using K = Kind<C>;
     std::string tier;
     int order;
-    typename K::Large* fwd = fn_of<typename K::Large>(K::kFwd, tier);
-    typename K::Large* inv = fn_of<typename K::Large>(K::kInv, tier);
+    typename K::Large* fwd = tier_fn<typename K::Large>(K::kFwd, tier);
+    typename K::Large* inv = tier_fn<typename K::Large>(K::kInv, tier);
     typename K::Spec* spec = nullptr;
     int bufSize = 0;
     Runner(const std::string& t, int o, int flag) : tier(t), order(o) {
@@ -290,10 +285,10 @@ void check_kernels(const std::string& t, const std::string& sfx) {
     using CrSplit = void(T*, T*, const Orv8u*, int, int, int);
     using Fact = decltype(orvs_cFftFwd_Fact8_32fc);
     const std::string cr = sfx.substr(0, 3);
-    auto* merge = fn_of<Merge>(("orvs_cFft_BlkMerge_" + sfx).c_str(), t);
-    auto* split = fn_of<Split>(("orvs_cFft_BlkSplit_" + sfx).c_str(), t);
-    auto* crMerge = fn_of<CrMerge>(("orvs_crFft_BlkMerge_" + cr).c_str(), t);
-    auto* crSplit = fn_of<CrSplit>(("orvs_crFft_BlkSplit_" + cr).c_str(), t);
+    auto* merge = tier_fn<Merge>(("orvs_cFft_BlkMerge_" + sfx).c_str(), t);
+    auto* split = tier_fn<Split>(("orvs_cFft_BlkSplit_" + sfx).c_str(), t);
+    auto* crMerge = tier_fn<CrMerge>(("orvs_crFft_BlkMerge_" + cr).c_str(), t);
+    auto* crSplit = tier_fn<CrSplit>(("orvs_crFft_BlkSplit_" + cr).c_str(), t);
     ASSERT_TRUE(merge && split) << t;
     constexpr int kRows = 8, kCols = 32, kStride = 40, kN = kRows * kStride;
     const auto x = orv::test::random_complex<C>(kN, 3);
@@ -314,8 +309,8 @@ void check_kernels(const std::string& t, const std::string& sfx) {
             EXPECT_TRUE(ilv[i].re == x[i].re && ilv[i].im == x[i].im && re[i] == x[i].re) << t << " " << i;
         }
     }
-    auto* fact8 = fn_of<Fact>(("orvs_cFftFwd_Fact8_" + sfx).c_str(), t);
-    auto* last = fn_of<Fact>(("orvs_cFftFwd_Fact8_Last_" + sfx).c_str(), t);
+    auto* fact8 = tier_fn<Fact>(("orvs_cFftFwd_Fact8_" + sfx).c_str(), t);
+    auto* last = tier_fn<Fact>(("orvs_cFftFwd_Fact8_Last_" + sfx).c_str(), t);
     if (!fact8 || !last) return;
     // Two groups of eight blocks of 16 columns, any table.
     constexpr int kC = 16, kLen = 8 * kC * 2;
