@@ -139,6 +139,64 @@ ORV_FILTER_ROW_DECL(orviFilterRow32f_16s_C4R, Orv16s)
 ORV_FILTER_ROW_DECL(orviFilterRow32f_16s_AC4R, Orv16s)
 #undef ORV_FILTER_ROW_DECL
 
+/* ---- 2-D real FFT --------------------------------------------------------
+ * Forward and inverse transforms of a W x H single-plane float image, W =
+ * 2^orderX and H = 2^orderY (orders 0..30), in the 2-D Pack layout: every
+ * row transformed to a 1-D Pack row, then columns 0 and W - 1 transformed as
+ * real sequences (stored down the column in Pack order) and each column pair
+ * (2k - 1, 2k) as a complex sequence (one complex value per row). The layout
+ * takes the image's own storage, W x H floats (docs/fft-packed-layouts.md).
+ * The flag (OrvFftDiv*) applies to each 1-D pass: with OrvFftDivInv a forward
+ * and inverse pair returns the image. Steps are in bytes. pBuffer: null, or
+ * at least orviFFTGetBufSize_R_32f bytes (any alignment). Transforms check a
+ * null spec (orvStsNullPtrErr), a spec not made by orviFFTInitAlloc_R_32f
+ * (orvStsContextMatchErr), null images (orvStsNullPtrErr), steps below 1
+ * (orvStsStepErr); a 1-D pass's non-zero status stops the transform and is
+ * returned. In place (pSrc == pDst with equal steps) is allowed; the inverse
+ * leaves pSrc unchanged otherwise. No stubs: call a tier's name (m7, n8, y8,
+ * e9) and use a spec only with the tier that made it. */
+typedef struct OrviFFTSpec_R_32f OrviFFTSpec_R_32f;
+ORV_API OrvStatus orviFFTInitAlloc_R_32f(OrviFFTSpec_R_32f** ppSpec, int orderX, int orderY, int flag,
+                                         OrvHintAlgorithm hint);
+ORV_API OrvStatus orviFFTFree_R_32f(OrviFFTSpec_R_32f* pSpec);
+ORV_API OrvStatus orviFFTGetBufSize_R_32f(const OrviFFTSpec_R_32f* pSpec, int* pSize);
+ORV_API OrvStatus orviFFTFwd_RToPack_32f_C1R(const Orv32f* pSrc, int srcStep, Orv32f* pDst, int dstStep,
+                                             const OrviFFTSpec_R_32f* pSpec, Orv8u* pBuffer);
+ORV_API OrvStatus orviFFTInv_PackToR_32f_C1R(const Orv32f* pSrc, int srcStep, Orv32f* pDst, int dstStep,
+                                             const OrviFFTSpec_R_32f* pSpec, Orv8u* pBuffer);
+/* pSrcDst *= pSrc element by element in the 2-D Pack layout, for any width
+ * and height (odd ones too). Checks: null pointers, steps below 1
+ * (orvStsStepErr), sizes below 1 (orvStsSizeErr). */
+ORV_API OrvStatus orviMulPack_32f_C1IR(const Orv32f* pSrc, int srcStep, Orv32f* pSrcDst, int srcDstStep,
+                                       OrviSize roiSize);
+/* Gather and scatter of a strip of 8 complex columns: value k of row r of the
+ * strip is complex element k * height + r of pBuf. */
+ORV_API void orvi_cDftMerge_32fc(const Orv32f* pStrip, int step, Orv32f* pBuf, int height);
+ORV_API void orvi_cDftSplit_32fc(Orv32f* pStrip, int step, const Orv32f* pBuf, int height);
+/* Unpacks a 2-D Pack spectrum of a W x H image (W, H powers of two) into the
+ * H x (W/2 + 1) complex half spectrum F[v][u], u = 0 .. W/2, row v at pDst +
+ * v * dstStep bytes: the layout of a real-input 2-D transform in most array
+ * libraries. Checks: null pointers, sizes below 1 or not powers of two
+ * (orvStsSizeErr), srcStep below 4W or dstStep below 8(W/2 + 1) bytes
+ * (orvStsStepErr). Compiled once, no tier prefix. */
+ORV_API OrvStatus orviFFTUnpack_Pack_32fc(const Orv32f* pSrc, int srcStep, Orv32fc* pDst, int dstStep,
+                                          OrviSize roiSize);
+
+/* ---- Valid 2-D convolution -----------------------------------------------
+ * The smaller image B (the kernel; the other if pSrc1 is smaller in either
+ * direction) slid over the larger A where it fits wholly:
+ *   dst[y][x] = sum over j < Bh, i < Bw of A[y + j][x + i] * B[Bh-1-j][Bw-1-i]
+ * for an (Aw - Bw + 1) x (Ah - Bh + 1) result. Kernels of fewer than 225
+ * elements go to orviFilter_32f_C1R, results of fewer than 144 pixels to a
+ * sum of row filters, everything else to tiled 2-D FFT products (error
+ * relative to sum |A||B| of the order of the float epsilon times log2 of the
+ * tile). Checks in order: null pointers (orvStsNullPtrErr), a size below 1
+ * (orvStsSizeErr), a step below 1 (orvStsStepErr), neither image fitting in
+ * the other (orvStsSizeErr); scratch that cannot be allocated gives
+ * orvStsMemAllocErr. */
+ORV_API OrvStatus orviConvValid_32f_C1R(const Orv32f* pSrc1, int src1Step, OrviSize src1Size, const Orv32f* pSrc2,
+                                        int src2Step, OrviSize src2Size, Orv32f* pDst, int dstStep);
+
 ORV_EXTERN_C_END
 
 #include "orvtiers.h"

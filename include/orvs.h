@@ -150,6 +150,22 @@ ORV_API OrvStatus orvsMulC_64f_I(Orv64f val, Orv64f* pSrcDst, int len);
 ORV_API OrvStatus orvsMulC_32f_I(Orv32f val, Orv32f* pSrcDst, int len);
 ORV_API OrvStatus orvsSqr_64f_I(Orv64f* pSrcDst, int len);
 
+/* ---- Convolution ---------------------------------------------------------
+ * Full linear convolution: pDst[k] = sum over i + j = k of a[i] * b[j] for k
+ * from 0 to src1Len + src2Len - 2; pDst holds exactly that many samples. The
+ * shorter input is the filter (pSrc2 on equal lengths). The path depends only
+ * on the lengths, n the longer and m the shorter, T = n + m - 1: direct sums
+ * when T < 512 or m < 64 (in chunks of 4096 samples of the longer input),
+ * one real FFT product of the whole signal when n < 3m, otherwise overlap-save
+ * blocks of real FFTs. Checks: a null pointer (orvStsNullPtrErr), then a
+ * length below 1 (orvStsSizeErr); nothing is written on failure. An FFT path
+ * returns what its last transform returned, and orvStsMemAllocErr when its
+ * block cannot be allocated. On e9 the 32f direct path of a signal of 4096
+ * samples or more keeps, at each seam between chunks, only the later chunk's
+ * part of the m - 1 seam samples. */
+ORV_API OrvStatus orvsConv_32f(const Orv32f* pSrc1, int src1Len, const Orv32f* pSrc2, int src2Len, Orv32f* pDst);
+ORV_API OrvStatus orvsConv_64f(const Orv64f* pSrc1, int src1Len, const Orv64f* pSrc2, int src2Len, Orv64f* pDst);
+
 ORV_EXTERN_C_END
 
 #include "orvtiers.h"

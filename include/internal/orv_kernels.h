@@ -21,6 +21,9 @@
 #if __has_include("internal/kernels_image.h")
 #include "internal/kernels_image.h"
 #endif
+#if __has_include("internal/kernels_conv.h")
+#include "internal/kernels_conv.h"
+#endif
 #if __has_include("internal/kernels_filter.h")
 #include "internal/kernels_filter.h"
 #endif
