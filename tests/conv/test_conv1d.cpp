@@ -128,18 +128,13 @@ std::vector<T> direct_model(const std::vector<T>& x, const std::vector<T>& h, bo
 // spare element for overlap-save.
 template <class T>
 int expected_block(const std::string& tier, Path path, int order) {
+    using Spec = std::conditional_t<sizeof(T) == 4, OrvFFTSpec_R_32f, OrvFFTSpec_R_64f>;
+    const std::string sfx = sizeof(T) == 4 ? "32f" : "64f";
+    Spec* spec = nullptr;
     int bytes = 0;
-    if constexpr (sizeof(T) == 4) {
-        OrvFFTSpec_R_32f* spec = nullptr;
-        tier_fn<decltype(orvsFFTInitAlloc_R_32f)>("orvsFFTInitAlloc_R_32f", tier)(&spec, order, 2, 0);
-        tier_fn<decltype(orvsFFTGetBufSize_R_32f)>("orvsFFTGetBufSize_R_32f", tier)(spec, &bytes);
-        tier_fn<decltype(orvsFFTFree_R_32f)>("orvsFFTFree_R_32f", tier)(spec);
-    } else {
-        OrvFFTSpec_R_64f* spec = nullptr;
-        tier_fn<decltype(orvsFFTInitAlloc_R_64f)>("orvsFFTInitAlloc_R_64f", tier)(&spec, order, 2, 0);
-        tier_fn<decltype(orvsFFTGetBufSize_R_64f)>("orvsFFTGetBufSize_R_64f", tier)(spec, &bytes);
-        tier_fn<decltype(orvsFFTFree_R_64f)>("orvsFFTFree_R_64f", tier)(spec);
-    }
+    tier_fn<OrvStatus(Spec**, int, int, int)>("orvsFFTInitAlloc_R_" + sfx, tier)(&spec, order, 2, 0);
+    tier_fn<OrvStatus(const Spec*, int*)>("orvsFFTGetBufSize_R_" + sfx, tier)(spec, &bytes);
+    tier_fn<OrvStatus(Spec*)>("orvsFFTFree_R_" + sfx, tier)(spec);
     const int word = path == Path::OneShot ? 4 : static_cast<int>(sizeof(T));
     return (2 << order) + (path == Path::OverlapSave) + (bytes + word - 1) / word;
 }

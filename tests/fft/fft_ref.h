@@ -3,11 +3,14 @@
 #pragma once
 
 #include <fftw3.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cfloat>
 #include <complex>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "orvtypes.h"
@@ -74,5 +77,22 @@ FftError fft_error(const C* y, const std::vector<cld>& ref, long double factor =
 // The stated bounds for an element type with epsilon eps and order m.
 inline double rms_bound(double eps, int order) { return 2 * eps * std::sqrt(std::max(1, order)); }
 inline double max_bound(double eps, int order) { return 10 * eps * std::max(1, order); }
+
+// The same measures over real arrays, checked against the bounds for order m
+// (times `widen`, e.g. 2 for a round trip); y against ref times `factor`.
+template <class T>
+void expect_close_real(const T* y, const std::vector<long double>& ref, int m, const std::string& what,
+                       double widen = 1, long double factor = 1) {
+    long double e2 = 0, r2 = 0, emax = 0;
+    for (size_t i = 0; i < ref.size(); ++i) {
+        const long double d = std::fabs((long double)y[i] - factor * ref[i]);
+        e2 += d * d, r2 += factor * ref[i] * factor * ref[i], emax = std::max(emax, d);
+    }
+    const double eps = sizeof(T) == 4 ? FLT_EPSILON : DBL_EPSILON;
+    const double rms = double(r2 > 0 ? sqrtl(e2 / r2) : sqrtl(e2));
+    const double mx = double(r2 > 0 ? emax / sqrtl(r2 / ref.size()) : emax);
+    EXPECT_LE(rms, widen * rms_bound(eps, m)) << what << " order " << m;
+    EXPECT_LE(mx, widen * max_bound(eps, m)) << what << " order " << m;
+}
 
 }  // namespace orv::test

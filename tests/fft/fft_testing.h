@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -66,5 +67,23 @@ struct PlacedCopy : Placed {
 struct FailingMalloc : AllocSpy {
     explicit FailingMalloc(int from = 1) : AllocSpy(from) {}
 };
+
+// A tier and a precision: suites run once per tier of each element type.
+struct TierPrec {
+    std::string tier;
+    bool dbl;
+    std::string name() const { return tier + (dbl ? "_64f" : "_32f"); }
+};
+inline void PrintTo(const TierPrec& p, std::ostream* os) { *os << p.name(); }
+// The tiers exporting `name32`, then those exporting `name64`.
+inline std::vector<TierPrec> tier_precisions(const std::string& name32, const std::string& name64) {
+    std::vector<TierPrec> v;
+    for (bool dbl : {false, true})
+        for (const auto& t : tiers_of<void()>(dbl ? name64 : name32)) v.push_back({t.tier, dbl});
+    return v;
+}
+#define ORV_INSTANTIATE_TIER_PRECISIONS(Suite, name32, name64)                                   \
+    INSTANTIATE_TEST_SUITE_P(Tiers, Suite, ::testing::ValuesIn(::orv::test::tier_precisions(name32, name64)), \
+                             [](const auto& info) { return info.param.name(); })
 
 }  // namespace orv::test

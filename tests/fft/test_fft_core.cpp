@@ -138,29 +138,14 @@ void check_core(const std::string& tier) {
     }
 }
 
-struct CoreCase {
-    std::string tier;
-    bool dbl;
-};
-void PrintTo(const CoreCase& c, std::ostream* os) { *os << c.tier << (c.dbl ? "_64f" : "_32f"); }
-
-std::vector<CoreCase> core_cases() {
-    std::vector<CoreCase> v;
-    for (const auto& t : tiers_of<decltype(orvs_cRadix4Fwd_32fc)>("orvs_cRadix4Fwd_32fc")) v.push_back({t.tier, false});
-    for (const auto& t : tiers_of<decltype(orvs_cRadix4Fwd_64fc)>("orvs_cRadix4Fwd_64fc")) v.push_back({t.tier, true});
-    return v;
-}
-
-class Core : public ::testing::TestWithParam<CoreCase> {};
+class Core : public ::testing::TestWithParam<TierPrec> {};
 
 TEST_P(Core, EveryFormMatchesThePlainCore) {
     if (GetParam().dbl) check_core<Orv64f>(GetParam().tier);
     else check_core<Orv32f>(GetParam().tier);
 }
 
-INSTANTIATE_TEST_SUITE_P(Tiers, Core, ::testing::ValuesIn(core_cases()), [](const auto& info) {
-    return info.param.tier + (info.param.dbl ? "_64f" : "_32f");
-});
+ORV_INSTANTIATE_TIER_PRECISIONS(Core, "orvs_cRadix4Fwd_32fc", "orvs_cRadix4Fwd_64fc");
 
 }  // namespace
 }  // namespace orv::test

@@ -17,6 +17,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "fft/fft_ref.h"
@@ -40,33 +41,28 @@ using orv::test::tier_fn;
 // Per element type: the entries, and the record whose inner complex
 // transform has the order under test (C_32fc of it, R_64f of one more).
 template <class C>
-struct Kind;
-template <>
-struct Kind<Orv32fc> {
-    using T = Orv32f;
-    using Large = decltype(orvs_cFftFwd_Large_32fc);
-    using Spec = OrvFFTSpec_C_32fc;
-    static constexpr double kEps = FLT_EPSILON;
-    static constexpr const char *kFwd = "orvs_cFftFwd_Large_32fc", *kInv = "orvs_cFftInv_Large_32fc";
-    static constexpr int kExtra = 0;
-    static inline const std::map<std::string, int> kFirst = {{"m7", 17}, {"n8", 16}, {"y8", 18}, {"e9", 19}};
-    static auto init(const std::string& t) { return ORV_FN(orvsFFTInitAlloc_C_32fc, t); }
-    static auto buf(const std::string& t) { return ORV_FN(orvsFFTGetBufSize_C_32fc, t); }
-    static auto release(const std::string& t) { return ORV_FN(orvsFFTFree_C_32fc, t); }
-};
-template <>
-struct Kind<Orv64fc> {
-    using T = Orv64f;
-    using Large = decltype(orvs_cFftFwd_Large_64fc);
-    using Spec = OrvFFTSpec_R_64f;
-    static constexpr double kEps = DBL_EPSILON;
-    static constexpr const char *kFwd = "orvs_cFftFwd_Large_64fc", *kInv = "orvs_cFftInv_Large_64fc";
-    static constexpr int kExtra = 1;
-    static inline const std::map<std::string, int> kFirst = {
-        {"m7", 15}, {"u8", 17}, {"n8", 13}, {"y8", 17}, {"e9", 18}};
-    static auto init(const std::string& t) { return ORV_FN(orvsFFTInitAlloc_R_64f, t); }
-    static auto buf(const std::string& t) { return ORV_FN(orvsFFTGetBufSize_R_64f, t); }
-    static auto release(const std::string& t) { return ORV_FN(orvsFFTFree_R_64f, t); }
+struct Kind {
+    static constexpr bool kDbl = sizeof(C) == 16;
+    using T = decltype(C::re);
+    using Large = OrvStatus(const OrvFFTSpec*, const C*, C*, int, Orv8u*);
+    using Spec = std::conditional_t<kDbl, OrvFFTSpec_R_64f, OrvFFTSpec_C_32fc>;
+    static constexpr double kEps = kDbl ? DBL_EPSILON : FLT_EPSILON;
+    static constexpr int kExtra = kDbl;
+    static constexpr const char* kFwd = kDbl ? "orvs_cFftFwd_Large_64fc" : "orvs_cFftFwd_Large_32fc";
+    static constexpr const char* kInv = kDbl ? "orvs_cFftInv_Large_64fc" : "orvs_cFftInv_Large_32fc";
+    static constexpr const char* kRec = kDbl ? "R_64f" : "C_32fc";
+    static inline const std::map<std::string, int> kFirst =
+        kDbl ? std::map<std::string, int>{{"m7", 15}, {"u8", 17}, {"n8", 13}, {"y8", 17}, {"e9", 18}}
+             : std::map<std::string, int>{{"m7", 17}, {"n8", 16}, {"y8", 18}, {"e9", 19}};
+    static auto init(const std::string& t) {
+        return tier_fn<OrvStatus(Spec**, int, int, int)>(std::string("orvsFFTInitAlloc_") + kRec, t);
+    }
+    static auto buf(const std::string& t) {
+        return tier_fn<OrvStatus(const Spec*, int*)>(std::string("orvsFFTGetBufSize_") + kRec, t);
+    }
+    static auto release(const std::string& t) {
+        return tier_fn<OrvStatus(Spec*)>(std::string("orvsFFTFree_") + kRec, t);
+    }
 };
 
 // One tier's large transforms of one order and flag.

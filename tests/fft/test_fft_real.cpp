@@ -17,14 +17,17 @@
 
 #include "../../fft/spec_record.h"
 #include "fft/fft_ref.h"
+#include "fft/fft_testing.h"
 #include "orvsfftk.h"
 #include "support/guarded.h"
-#include "support/tier_registry.h"
 
 namespace {
 
 using orv::test::cld;
+using orv::test::expect_close_real;
 using orv::test::Flush;
+using orv::test::same_bits;
+using orv::test::tier_fn;
 using LD = long double;
 
 // Per tier and element type: highest real-small order, inner order of the
@@ -36,13 +39,6 @@ const std::map<std::string, Lim> kLim32 = {
     {"e9", {4, 19, 19}}, {"y8", {4, 18, 21}}, {"n8", {4, 16, 18}}, {"m7", {4, 17, 19}}};
 const std::map<std::string, Lim> kLim64 = {
     {"e9", {4, 18, 17}}, {"y8", {5, 17, 19}}, {"n8", {5, 13, 18}}, {"u8", {5, 17, 17}}, {"m7", {5, 15, 18}}};
-
-template <class Fn>
-Fn* fn_of(const std::string& name, const std::string& tier) {
-    for (const auto& t : orv::test::tiers_of<Fn>(name))
-        if (t.tier == tier) return t.fn;
-    return nullptr;
-}
 
 template <class T>
 struct Api {
@@ -65,16 +61,16 @@ struct Api {
 
     explicit Api(const std::string& t) : tier(t), lim((kDbl ? kLim64 : kLim32).at(t)) {
         const std::string s = sfx(), c = s + "c";
-        fwd[0] = fn_of<Fn>("orvsFFTFwd_RToPerm_" + s, t), inv[0] = fn_of<Fn>("orvsFFTInv_PermToR_" + s, t);
-        fwd[1] = fn_of<Fn>("orvsFFTFwd_RToPack_" + s, t), inv[1] = fn_of<Fn>("orvsFFTInv_PackToR_" + s, t);
-        alloc = fn_of<OrvStatus(Spec**, int, int, int)>("orvsFFTInitAlloc_R_" + s, t);
-        bufSize = fn_of<OrvStatus(const Spec*, int*)>("orvsFFTGetBufSize_R_" + s, t);
-        free = fn_of<OrvStatus(Spec*)>("orvsFFTFree_R_" + s, t);
-        mulPerm = fn_of<OrvStatus(const T*, T*, int)>("orvsMulPerm_" + s + "_I", t);
-        mpy2 = fn_of<void(const T*, T*, int)>("ownps_Mpy2_" + c, t);
-        mpy3 = fn_of<void(const T*, const T*, T*, int)>("ownps_Mpy3_" + c, t);
-        recF = fn_of<void(T*, int, int, const void*)>("orvs_cRealRecombine_" + s, t);
-        recI = fn_of<void(const T*, T*, int, int, const void*)>("orvs_cCcsRecombine_" + s, t);
+        fwd[0] = tier_fn<Fn>("orvsFFTFwd_RToPerm_" + s, t), inv[0] = tier_fn<Fn>("orvsFFTInv_PermToR_" + s, t);
+        fwd[1] = tier_fn<Fn>("orvsFFTFwd_RToPack_" + s, t), inv[1] = tier_fn<Fn>("orvsFFTInv_PackToR_" + s, t);
+        alloc = tier_fn<OrvStatus(Spec**, int, int, int)>("orvsFFTInitAlloc_R_" + s, t);
+        bufSize = tier_fn<OrvStatus(const Spec*, int*)>("orvsFFTGetBufSize_R_" + s, t);
+        free = tier_fn<OrvStatus(Spec*)>("orvsFFTFree_R_" + s, t);
+        mulPerm = tier_fn<OrvStatus(const T*, T*, int)>("orvsMulPerm_" + s + "_I", t);
+        mpy2 = tier_fn<void(const T*, T*, int)>("ownps_Mpy2_" + c, t);
+        mpy3 = tier_fn<void(const T*, const T*, T*, int)>("ownps_Mpy3_" + c, t);
+        recF = tier_fn<void(T*, int, int, const void*)>("orvs_cRealRecombine_" + s, t);
+        recI = tier_fn<void(const T*, T*, int, int, const void*)>("orvs_cCcsRecombine_" + s, t);
     }
     // A specification, freed with the scope.
     struct Built {
@@ -144,27 +140,6 @@ std::vector<LD> widened(const T* p, size_t n) {
     return std::vector<LD>(p, p + n);
 }
 
-// The error measures of fft_ref.h over real arrays, checked against the
-// bounds for the order (times `widen` for a round trip).
-template <class T>
-void expect_close(const T* y, const std::vector<LD>& ref, int order, const std::string& what, double widen = 1,
-                  LD factor = 1) {
-    LD e2 = 0, r2 = 0, emax = 0;
-    for (size_t i = 0; i < ref.size(); ++i) {
-        const LD d = std::fabs(LD(y[i]) - factor * ref[i]);
-        e2 += d * d, r2 += factor * ref[i] * factor * ref[i], emax = std::max(emax, d);
-    }
-    const double eps = sizeof(T) == 4 ? FLT_EPSILON : DBL_EPSILON;
-    const double rms = double(r2 > 0 ? sqrtl(e2 / r2) : sqrtl(e2));
-    const double mx = double(r2 > 0 ? emax / sqrtl(r2 / ref.size()) : emax);
-    EXPECT_LE(rms, widen * orv::test::rms_bound(eps, order)) << what << " order " << order;
-    EXPECT_LE(mx, widen * orv::test::max_bound(eps, order)) << what << " order " << order;
-}
-
-template <class T>
-bool same(const T* a, const T* b, size_t n) {
-    return std::memcmp(a, b, n * sizeof(T)) == 0;
-}
 template <class T>
 std::vector<T> perm_to_pack(std::vector<T> p) {
     if (p.size() > 2) p.push_back(p[1]), p.erase(p.begin() + 1);
@@ -184,65 +159,50 @@ void check_order(const Api<T>& a, int order) {
     std::vector<Orv8u> buf(spec.buf() + 1);
     Orv8u* b = buf.data() + 1;  // misaligned on purpose
 
+    // Out of place from and into guarded arrays against the reference, then
+    // in place without a buffer to the same bits.
     orv::test::Guarded<T> src(n, Flush::Start), dst(n, Flush::End);
-    const std::vector<T> x = rounded<T>(r.x);
-    std::copy(x.begin(), x.end(), src.data());
-    ASSERT_EQ(orvStsNoErr, a.fwd[0](src.data(), dst.data(), spec.p, b));
-    expect_close(dst.data(), r.perm, order, at + " forward");
-    const std::vector<T> perm(dst.data(), dst.data() + n);
-    std::vector<T> y = x;
-    ASSERT_EQ(orvStsNoErr, a.fwd[0](y.data(), y.data(), spec.p, nullptr));
-    EXPECT_TRUE(same(y.data(), perm.data(), n)) << at << " forward in place, no buffer, order " << order;
+    const auto checked = [&](typename Api<T>::Fn* f, const std::vector<T>& in, const std::vector<LD>& ref,
+                             const std::string& what) {
+        std::copy(in.begin(), in.end(), src.data());
+        EXPECT_EQ(orvStsNoErr, f(src.data(), dst.data(), spec.p, b));
+        expect_close_real(dst.data(), ref, order, at + " " + what);
+        std::vector<T> y = in;
+        EXPECT_EQ(orvStsNoErr, f(y.data(), y.data(), spec.p, nullptr));
+        EXPECT_TRUE(same_bits(y.data(), dst.data(), n)) << at << " " << what << " in place, order " << order;
+        return std::vector<T>(dst.data(), dst.data() + n);
+    };
+    const std::vector<T> x = rounded<T>(r.x), perm = checked(a.fwd[0], x, r.perm, "forward");
+    std::vector<T> y(n);
     ASSERT_EQ(orvStsNoErr, a.fwd[0](x.data(), y.data(), fwdDiv.p, b));
-    expect_close(y.data(), r.perm, order, at + " forward scaled", 1, 1 / LD(n));
-
+    expect_close_real(y.data(), r.perm, order, at + " forward scaled", 1, 1 / LD(n));
     // Inverse of a rounded spectrum against the long double inverse of it.
     const std::vector<T> spec_in = rounded<T>(r.perm);
     std::vector<LD> xinv;
     for (const cld& c : orv::test::dft_ref(from_perm(widened(spec_in.data(), n)), +1)) xinv.push_back(c.real());
-    std::copy(spec_in.begin(), spec_in.end(), src.data());
-    ASSERT_EQ(orvStsNoErr, a.inv[0](src.data(), dst.data(), spec.p, b));
-    expect_close(dst.data(), xinv, order, at + " inverse");
-    const std::vector<T> back(dst.data(), dst.data() + n);
-    y = spec_in;
-    ASSERT_EQ(orvStsNoErr, a.inv[0](y.data(), y.data(), spec.p, nullptr));
-    EXPECT_TRUE(same(y.data(), back.data(), n)) << at << " inverse in place, order " << order;
+    const std::vector<T> back = checked(a.inv[0], spec_in, xinv, "inverse");
 
     // Round trip with the inverse scaled.
     std::vector<T> s(n), t(n);
     ASSERT_EQ(orvStsNoErr, a.fwd[0](x.data(), s.data(), invDiv.p, b));
     ASSERT_EQ(orvStsNoErr, a.inv[0](s.data(), t.data(), invDiv.p, b));
-    expect_close(t.data(), r.x, order, at + " round trip", 2);
+    expect_close_real(t.data(), r.x, order, at + " round trip", 2);
 
     // Pack: the same numbers as Perm, out of place and in place both ways.
     if (!a.fwd[1]) return;
-    const std::vector<T> pack = perm_to_pack(perm);
-    ASSERT_EQ(orvStsNoErr, a.fwd[1](x.data(), s.data(), spec.p, b));
-    EXPECT_TRUE(same(s.data(), pack.data(), n)) << at << " Pack vs Perm, order " << order;
-    t = x;
-    ASSERT_EQ(orvStsNoErr, a.fwd[1](t.data(), t.data(), spec.p, nullptr));
-    EXPECT_TRUE(same(t.data(), pack.data(), n)) << at << " Pack in place, order " << order;
-    const std::vector<T> packIn = perm_to_pack(spec_in);
-    ASSERT_EQ(orvStsNoErr, a.inv[1](packIn.data(), s.data(), spec.p, b));
-    EXPECT_TRUE(same(s.data(), back.data(), n)) << at << " PackToR vs PermToR, order " << order;
-    t = packIn;
-    ASSERT_EQ(orvStsNoErr, a.inv[1](t.data(), t.data(), spec.p, nullptr));
-    EXPECT_TRUE(same(t.data(), back.data(), n)) << at << " PackToR in place, order " << order;
+    const std::vector<T> pack = perm_to_pack(perm), packIn = perm_to_pack(spec_in);
+    for (int inv = 0; inv < 2; ++inv) {
+        const std::vector<T>&in = inv ? packIn : x, &want = inv ? back : pack;
+        auto* f = inv ? a.inv[1] : a.fwd[1];
+        t = in;
+        ASSERT_EQ(orvStsNoErr, f(in.data(), s.data(), spec.p, b));
+        ASSERT_EQ(orvStsNoErr, f(t.data(), t.data(), spec.p, nullptr));
+        EXPECT_TRUE(same_bits(s.data(), want.data(), n) && same_bits(t.data(), want.data(), n))
+            << at << (inv ? " PackToR vs PermToR" : " Pack vs Perm") << ", order " << order;
+    }
 }
 
-struct Param {
-    std::string tier;
-    bool dbl;
-};
-void PrintTo(const Param& p, std::ostream* os) { *os << p.tier << (p.dbl ? "_64f" : "_32f"); }
-std::vector<Param> params() {
-    std::vector<Param> v;
-    for (bool dbl : {false, true})
-        for (const auto& t : orv::test::tiers_of<void()>(dbl ? "orvsFFTFwd_RToPerm_64f" : "orvsFFTFwd_RToPerm_32f"))
-            v.push_back({t.tier, dbl});
-    return v;
-}
-class Real : public ::testing::TestWithParam<Param> {
+class Real : public ::testing::TestWithParam<orv::test::TierPrec> {
 protected:
     template <class F>
     void run(F f) {
@@ -277,12 +237,12 @@ TEST_P(Real, TwoLevelRecombination) {
             std::vector<T> d = rounded<T>(z);
             a.recF(d.data(), int(h), 1, spec.rec()->pRealRec);
             d[0] = T(r.perm[0]), d[1] = T(r.perm[1]);
-            expect_close(d.data(), r.perm, order, at + " forward");
+            expect_close_real(d.data(), r.perm, order, at + " forward");
             const std::vector<T> in = rounded<T>(r.perm);
             std::vector<T> out(2 * h);
             a.recI(in.data(), out.data(), int(h), -1, spec.rec()->pCcsRec);
             out[0] = T(2 * z[0]), out[1] = T(2 * z[1]);
-            expect_close(out.data(), z, order, at + " inverse", 1, 2);
+            expect_close_real(out.data(), z, order, at + " inverse", 1, 2);
             check_order(a, order);
         }
     });
@@ -327,7 +287,7 @@ TEST_P(Real, MulPermIsTheProductOfFullSpectra) {
             std::vector<T> m2(vb), m3(vb.size());
             a.mpy2(va.data() + 1, m2.data() + 1, c);
             a.mpy3(va.data() + 1, vb.data() + 1, m3.data() + 1, c);
-            EXPECT_TRUE(same(m2.data() + 1, m3.data() + 1, size_t(2 * c))) << a.tier << " Mpy3, len " << len;
+            EXPECT_TRUE(same_bits(m2.data() + 1, m3.data() + 1, size_t(2 * c))) << a.tier << " Mpy3, len " << len;
         }
     });
 }
@@ -371,7 +331,7 @@ TEST_P(Real, StatusesInOrderWithNothingWritten) {
         EXPECT_EQ(orvStsNullPtrErr, a.mulPerm(src.data(), nullptr, 4));
         EXPECT_EQ(orvStsSizeErr, a.mulPerm(src.data(), dst.data(), 0));
         EXPECT_EQ(orvStsSizeErr, a.mulPerm(src.data(), dst.data(), -1));
-        EXPECT_TRUE(same(dst.data(), keep.data(), dst.size())) << a.tier << " " << a.sfx();
+        EXPECT_TRUE(same_bits(dst.data(), keep.data(), dst.size())) << a.tier << " " << a.sfx();
     });
 }
 
@@ -426,11 +386,11 @@ void check_unpack(OrvStatus (*unPerm)(const T*, C*, int), OrvStatus (*unPack)(co
         ASSERT_EQ(orvStsNoErr, unPack(pack.data(), c2.data(), n));
         for (size_t k = 0; k < c1.size(); ++k)
             EXPECT_TRUE(LD(c1[k].re) == full[k].real() && LD(c1[k].im) == full[k].imag()) << "n " << n << " k " << k;
-        EXPECT_TRUE(same(c1.data(), c2.data(), c1.size())) << "n " << n;
+        EXPECT_TRUE(same_bits(c1.data(), c2.data(), c1.size())) << "n " << n;
         std::vector<T> inplace(pack);
         inplace.resize(2 * c1.size());
         ASSERT_EQ(orvStsNoErr, unPack(inplace.data(), reinterpret_cast<C*>(inplace.data()), n));
-        EXPECT_TRUE(same(reinterpret_cast<const C*>(inplace.data()), c1.data(), c1.size())) << "in place, n " << n;
+        EXPECT_TRUE(same_bits(reinterpret_cast<const C*>(inplace.data()), c1.data(), c1.size())) << "in place, n " << n;
         std::vector<T> p1(perm.size()), p2(perm.size());
         ASSERT_EQ(orvStsNoErr, rePerm(c1.data(), p1.data(), n));
         ASSERT_EQ(orvStsNoErr, rePack(c1.data(), p2.data(), n));
@@ -451,5 +411,4 @@ TEST(RealUnpack, BothLayoutsToHalfSpectrumAndBack) {
 
 }  // namespace
 
-INSTANTIATE_TEST_SUITE_P(Tiers, Real, ::testing::ValuesIn(params()),
-                         [](const auto& info) { return info.param.tier + (info.param.dbl ? "_64f" : "_32f"); });
+ORV_INSTANTIATE_TIER_PRECISIONS(Real, "orvsFFTFwd_RToPerm_32f", "orvsFFTFwd_RToPerm_64f");

@@ -1,10 +1,16 @@
-// Order of summation of the column-group float filters (tiers e9, y8, n8):
-// every destination pixel takes kernel rows top to bottom, and within a row
-// the 8-wide groups left to right; the columns beyond the last full group
-// follow in a second pass over all rows. Inputs are small integers times a
-// power of two per (kernel row, group), so that a group's sum is exact in any
-// add tree while the sums across groups and rows round: the result then
-// equals a model of that order bit for bit.
+// Order of summation of the float 2-D filters against models of it, bit for
+// bit, on a guarded window.
+// Column-group kernels (tiers e9, y8, n8): every destination pixel takes
+// kernel rows top to bottom, and within a row the 8-wide groups left to right;
+// the columns beyond the last full group follow in a second pass over all
+// rows. Inputs are small integers times a power of two per (kernel row,
+// group), so that a group's sum is exact in any add tree while the sums across
+// groups and rows round.
+// Replicated-coefficient kernels (every tier, C1 from width 16 where the
+// column-group frame leaves it, C3 from 6, C4 and AC4 from 4): one running
+// float sum in window order (rows from the top, columns left to right), over
+// aligned and unaligned addresses and steps; 2-byte rows and steps not a
+// multiple of 4 go to the generic loop, which sums in the same order.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -33,11 +39,12 @@ bool column_group_route(const std::string& tier, const Layout& l, int w, int kW)
 // Column groups of window columns: the 8-wide groups, then the rest.
 int group_of(int wc, int kW) { return kW < 8 ? 0 : wc < (kW & ~7) ? wc / 8 : kW / 8; }
 
-enum class Order { Groups, RowMajor };
+enum class Order { Groups, RowMajor, Running };
 
 // One destination element: group sums exact, each addition to the running
 // value rounded to float. Groups: rows outer over the 8-wide groups, then the
 // remaining columns over all rows. RowMajor: each row's groups in turn.
+// Running: every product rounded and added in window order, from +0.
 float model(const FilterSource<float>& src, const std::vector<float>& k, int kW, int kH, int ax, int ay, int x,
             int y, int c, Order order) {
     const int nG = kW < 8 ? 1 : kW / 8 + (kW % 8 ? 1 : 0), full = kW < 8 ? 1 : kW / 8;
@@ -55,8 +62,14 @@ float model(const FilterSource<float>& src, const std::vector<float>& k, int kW,
         return float(s);
     };
     float acc = 0;
-    bool first = true;
+    bool first = order != Order::Running;
     auto add = [&](float v) { acc = first ? v : acc + v, first = false; };
+    if (order == Order::Running) {
+        for (int r = 0; r < kH; ++r)
+            for (int wc = 0; wc < kW; ++wc)
+                add(k[(kH - 1 - r) * kW + (kW - 1 - wc)] * src.at(x + ax - (kW - 1 - wc), y + ay - (kH - 1 - r), c));
+        return acc;
+    }
     if (order == Order::RowMajor) {
         for (int r = 0; r < kH; ++r)
             for (int g = 0; g < nG; ++g) add(group(r, g));
@@ -87,9 +100,17 @@ struct Call {
     std::string tier;
     const Layout* l;
     int w, h, kW, kH;
-    int srcMis, dstMis;  // byte offsets from 16-byte alignment
+    int srcMis, dstMis;  // first byte mod 16; -1: flush against the guard page
     Flush flush;
+    int srcStep = 0, dstStep = 0;  // 0: whole 16 bytes, plus 4 where misaligned
+    Flush dstFlush = Flush::Start;
 };
+
+// Offset from the guard page that puts the block's first byte at `mis` mod 16.
+size_t offset_for(size_t bytes, int mis, Flush flush) {
+    if (mis < 0) return 0;
+    return flush == Flush::Start ? size_t(mis) : size_t((16 - (bytes + mis) % 16) % 16);
+}
 
 // Runs one call on a guarded window; returns the destination and checks that
 // nothing outside the region (nor element 3 of AC4) changed.
@@ -100,14 +121,17 @@ struct Result {
 };
 Result run(const Call& c, const std::vector<float>& k, const Fill& fill) {
     const int ch = c.l->ch, ax = c.kW / 2, ay = c.kH - 1;
-    const int srcStep = (FilterSource<float>::min_step(c.w, ch, c.kW) + 15) / 16 * 16 + (c.srcMis ? 4 : 0);
+    const int srcStep =
+        c.srcStep ? c.srcStep : (FilterSource<float>::min_step(c.w, ch, c.kW) + 15) / 16 * 16 + (c.srcMis ? 4 : 0);
     const size_t bytes = GuardedImage<float>::bytes_for(c.w + c.kW - 1, c.h + c.kH - 1, ch, srcStep);
-    const size_t off = c.flush == Flush::End ? (64 - (bytes + c.srcMis) % 16) % 16 : size_t(c.srcMis);
-    Result res{std::make_unique<FilterSource<float>>(c.w, c.h, ch, c.kW, c.kH, ax, ay, srcStep, c.flush, off), {}};
+    Result res{std::make_unique<FilterSource<float>>(c.w, c.h, ch, c.kW, c.kH, ax, ay, srcStep, c.flush,
+                                                     offset_for(bytes, c.srcMis, c.flush)),
+               {}};
     auto& src = *res.src;
     src.fill(fill);
-    const int dstStep = (c.w * ch * 4 + 31) / 16 * 16 + (c.dstMis ? 4 : 0);
-    GuardedImage<float> dst(c.w, c.h, ch, dstStep, Flush::Start, size_t(c.dstMis));
+    const int dstStep = c.dstStep ? c.dstStep : (c.w * ch * 4 + 31) / 16 * 16 + (c.dstMis ? 4 : 0);
+    GuardedImage<float> dst(c.w, c.h, ch, dstStep, c.dstFlush,
+                            offset_for(GuardedImage<float>::bytes_for(c.w, c.h, ch, dstStep), c.dstMis, c.dstFlush));
     dst.fill([](int x, int y, int e) { return float(-1000 - x - 7 * y - e); });
     FilterFn* fn = fn_of(*c.l, c.tier);
     EXPECT_EQ(fn(src.roi(), src.step(), dst.data(), dstStep, {c.w, c.h}, k.data(), {c.kW, c.kH}, {ax, ay}),
@@ -129,15 +153,16 @@ Fill ints(std::mt19937& rng) {
     return [&rng](int, int, int) { return float(int(rng() % 31) - 15); };
 }
 
-// Elements whose bits differ from the model of the group order (reports the
-// first three); `differs` counts those where the row-major model differs.
-int mismatches(const Call& c, const Result& got, const std::vector<float>& k, int* differs = nullptr) {
+// Elements whose bits differ from the model of `order` (reports the first
+// three); `differs` counts those where the row-major model differs.
+int mismatches(const Call& c, const Result& got, const std::vector<float>& k, int* differs = nullptr,
+               Order order = Order::Groups) {
     int bad = 0;
     for (int y = 0; y < c.h; ++y)
         for (int x = 0; x < c.w; ++x)
             for (int e = 0; e < c.l->used(); ++e) {
                 auto at = [&](Order o) { return model(*got.src, k, c.kW, c.kH, c.kW / 2, c.kH - 1, x, y, e, o); };
-                const float m = at(Order::Groups), v = got.dst[(size_t(y) * c.w + x) * c.l->ch + e];
+                const float m = at(order), v = got.dst[(size_t(y) * c.w + x) * c.l->ch + e];
                 if (differs) *differs += m != at(Order::RowMajor);
                 if (std::memcmp(&m, &v, 4) != 0 && bad++ < 3)
                     ADD_FAILURE() << c.tier << " " << c.l->name << " " << c.w << "x" << c.h << " k " << c.kW << "x"
@@ -242,6 +267,74 @@ TEST(FilterOrder, AlignedLookAheadStaysInWindow) {
                                 ADD_FAILURE() << tier << " " << l.name << " kW " << kW << " w " << w;
                 }
 }
+
+// Whether the call reaches the replicated-coefficient route in this tier.
+bool replicated_route(const std::string& tier, const Layout& l, int w, int kW) {
+    if (kW < 3) return false;
+    if (tier == "e9") return (l.ch == 1 && kW == 3 && w >= 16) || (l.ch == 3 && w >= 6 && w < 8);
+    return !(tier != "m7" && column_group_route(tier, l, w, kW)) && w >= (l.ch == 1 ? 16 : l.ch == 3 ? 6 : 4);
+}
+
+// Placements of the replicated-route calls: source step, first bytes mod 16.
+struct Place {
+    const char* what;
+    bool round16;  // step: the least step rounded up to 16 bytes, or the least
+    int stepAdd, srcMis;
+    Flush srcFlush;
+    int dstMis;
+};
+const Place kPlaces[] = {
+    {"least step, flush", false, 0, -1, Flush::End, 0},
+    {"aligned rows", true, 16, 0, Flush::End, 0},
+    {"head of 3, dst 8-byte", true, 16, 4, Flush::End, 8},
+    {"head of 1, start guarded", true, 16, 12, Flush::Start, 4},
+    {"step 4 mod 16", true, 4, 8, Flush::End, 12},
+    {"2-byte rows: generic", true, 16, 2, Flush::End, 0},
+    {"odd step: generic", false, 2, 0, Flush::End, 0},
+};
+
+// Values of several magnitudes, so that another order of summation shows.
+float value(std::mt19937& g) {
+    std::uniform_real_distribution<float> u(-1.0f, 1.0f);
+    std::uniform_int_distribution<int> e(-6, 6);
+    return std::ldexp(u(g), e(g));
+}
+
+class FilterReplicated : public ::testing::TestWithParam<Layout> {};
+
+TEST_P(FilterReplicated, OneRunningSumPerElementInWindowOrder) {
+    const Layout& l = GetParam();
+    const auto tiers = tiers_of<FilterFn>(std::string("orviFilter_32f_") + l.name);
+    ASSERT_FALSE(tiers.empty());
+    // C1: every tail length and load bound from 16 on; the pixel layouts up
+    // to the widths the column-group frames leave, and two wider ones for m7.
+    std::vector<int> widths;
+    for (int w = l.ch == 1 ? 16 : 4; w <= (l.ch == 1 ? 40 : 18); ++w) widths.push_back(w);
+    if (l.ch != 1) widths.insert(widths.end(), {29, 40});
+    std::mt19937 g(12345);
+    int calls = 0;
+    for (const auto& t : tiers)
+        for (int kW : {3, 4, 5, 6, 7, 8, 9, 16, 17})
+            for (int w : widths) {
+                if (!replicated_route(t.tier, l, w, kW)) continue;
+                for (const Place& p : kPlaces) {
+                    SCOPED_TRACE(std::string(p.what));
+                    const int least = FilterSource<float>::min_step(w, l.ch, kW);
+                    Call c{t.tier, &l, w, 2 + w % 3, kW, 1 + kW % 3, p.srcMis, p.dstMis, p.srcFlush,
+                           (p.round16 ? (least + 15) & ~15 : least) + p.stepAdd, w * l.ch * 4 + 8, Flush::End};
+                    std::vector<float> k(size_t(kW) * c.kH);
+                    for (float& v : k) v = value(g);
+                    ++calls;
+                    if (mismatches(c, run(c, k, [&](int, int, int) { return value(g); }), k, nullptr, Order::Running) ||
+                        HasFailure())
+                        return;
+                }
+            }
+    EXPECT_GT(calls, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Layouts, FilterReplicated, ::testing::ValuesIn(kLayouts),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace orv::test

@@ -31,6 +31,7 @@
 namespace {
 
 using orv::test::AllocSpy;
+using orv::test::expect_close_real;
 using orv::test::Flush;
 using orv::test::GuardedImage;
 using LD = long double;
@@ -51,16 +52,13 @@ struct Fft2d {
 void PrintTo(const Fft2d& f, std::ostream* os) { *os << f.tier; }
 
 std::vector<Fft2d> tiers() {
-    using orv::test::tier_fn;
+#define FN(name) orv::test::tier_fn<decltype(name)>(#name, t.tier)
     std::vector<Fft2d> out;
     for (const auto& t : orv::test::tiers_of<decltype(orviFFTInitAlloc_R_32f)>("orviFFTInitAlloc_R_32f"))
-        out.push_back({t.tier, t.fn, tier_fn<decltype(orviFFTFree_R_32f)>("orviFFTFree_R_32f", t.tier),
-                       tier_fn<decltype(orviFFTGetBufSize_R_32f)>("orviFFTGetBufSize_R_32f", t.tier),
-                       tier_fn<decltype(orviFFTFwd_RToPack_32f_C1R)>("orviFFTFwd_RToPack_32f_C1R", t.tier),
-                       tier_fn<decltype(orviFFTInv_PackToR_32f_C1R)>("orviFFTInv_PackToR_32f_C1R", t.tier),
-                       tier_fn<decltype(orviMulPack_32f_C1IR)>("orviMulPack_32f_C1IR", t.tier),
-                       tier_fn<decltype(orvi_cDftMerge_32fc)>("orvi_cDftMerge_32fc", t.tier),
-                       tier_fn<decltype(orvi_cDftSplit_32fc)>("orvi_cDftSplit_32fc", t.tier)});
+        out.push_back({t.tier, t.fn, FN(orviFFTFree_R_32f), FN(orviFFTGetBufSize_R_32f), FN(orviFFTFwd_RToPack_32f_C1R),
+                       FN(orviFFTInv_PackToR_32f_C1R), FN(orviMulPack_32f_C1IR), FN(orvi_cDftMerge_32fc),
+                       FN(orvi_cDftSplit_32fc)});
+#undef FN
     return out;
 }
 
@@ -140,16 +138,6 @@ std::vector<LD> pack_of(const Half& f, int w, int h) {
     return p;
 }
 
-// Relative RMS error and largest error relative to the reference's RMS.
-std::pair<double, double> errors(const std::vector<float>& y, const std::vector<LD>& ref, LD factor = 1) {
-    LD e2 = 0, r2 = 0, emax = 0;
-    for (size_t i = 0; i < ref.size(); ++i) {
-        const LD d = std::fabs(y[i] - ref[i] * factor);
-        e2 += d * d, r2 += ref[i] * ref[i] * factor * factor, emax = std::max(emax, d);
-    }
-    return {static_cast<double>(sqrtl(e2 / r2)), static_cast<double>(emax / sqrtl(r2 / ref.size()))};
-}
-
 struct Size {
     int ox, oy;
 };
@@ -189,9 +177,7 @@ TEST_P(Fft2dTiers, ForwardAndInverseAgainstReference) {
         put(src, ref.x);
         ASSERT_EQ(f.fwd(src.data(), src.step(), dst.data(), dst.step(), spec.p, nullptr), orvStsNoErr);
         const std::vector<float> y = dense(dst);
-        auto [rms, mx] = errors(y, ref.pack);
-        EXPECT_LE(rms, orv::test::rms_bound(FLT_EPSILON, m));
-        EXPECT_LE(mx, orv::test::max_bound(FLT_EPSILON, m));
+        expect_close_real(y.data(), ref.pack, m, "forward");
 
         // The unpacked spectrum is the reference's half spectrum.
         const int hw = w / 2 + 1;
@@ -205,10 +191,7 @@ TEST_P(Fft2dTiers, ForwardAndInverseAgainstReference) {
         Img in(w, h, 1, 4 * w), out(w, h, 1, 4 * w);
         put(in, packed);
         ASSERT_EQ(f.inv(in.data(), in.step(), out.data(), out.step(), spec.p, nullptr), orvStsNoErr);
-        std::vector<LD> x(ref.x.begin(), ref.x.end());
-        std::tie(rms, mx) = errors(dense(out), x, static_cast<LD>(w) * h);
-        EXPECT_LE(rms, orv::test::rms_bound(FLT_EPSILON, m));
-        EXPECT_LE(mx, orv::test::max_bound(FLT_EPSILON, m));
+        expect_close_real(dense(out).data(), std::vector<LD>(ref.x.begin(), ref.x.end()), m, "inverse", 1, LD(w) * h);
         EXPECT_EQ(dense(in), packed) << "inverse changed its source";
     }
 }
@@ -228,9 +211,8 @@ TEST_P(Fft2dTiers, RoundTripUnderEveryFlag) {
             std::vector<float> p(x.size()), y(x.size());
             ASSERT_EQ(f.fwd(x.data(), 4 * w, p.data(), 4 * w, spec.p, nullptr), orvStsNoErr);
             ASSERT_EQ(f.inv(p.data(), 4 * w, y.data(), 4 * w, spec.p, nullptr), orvStsNoErr);
-            const auto [rms, mx] = errors(y, std::vector<LD>(x.begin(), x.end()), factor ? factor : LD(w) * h);
-            EXPECT_LE(rms, 2 * orv::test::rms_bound(FLT_EPSILON, m));
-            EXPECT_LE(mx, 2 * orv::test::max_bound(FLT_EPSILON, m));
+            expect_close_real(y.data(), std::vector<LD>(x.begin(), x.end()), m, "round trip", 2,
+                              factor ? factor : LD(w) * h);
         }
 }
 

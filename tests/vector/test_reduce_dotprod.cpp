@@ -51,40 +51,45 @@ void each_pair(Fn fn) {
         }
 }
 
-// Integer data gives the exact product in any order; mixed magnitudes follow
-// the 128-bit body (kept by e9) or n8's scalar one bit for bit.
-TEST_P(Dot64Test, ExactAndInTheTiersOrder) {
+// Integer data gives the exact product in any order (seeds s[0] + n against
+// n); `order(t, u, w, c, d, n)` checks the result t on mixed magnitudes u, w
+// (seeds s[1] + n, s[2] + n) placed as c, d. Then the argument checks.
+template <class T, class Fn, class Order>
+void exact_and_ordered(Fn* fn, const unsigned (&s)[3], Order order) {
     each_pair([&](int n, size_t ox, size_t oy) {
-        auto x = small_ints<double>(n, n), y = small_ints<double>(n, 500 + n);
-        auto u = mixed<double>(n, 3000 + n), w = mixed<double>(n, 4000 + n);
-        Placed<double> a(x, ox), b(y, oy), c(u, ox), d(w, oy);
+        auto x = small_ints<T>(n, n), y = small_ints<T>(n, s[0] + n);
+        auto u = mixed<T>(n, s[1] + n), w = mixed<T>(n, s[2] + n);
+        Placed<T> a(x, ox), b(y, oy), c(u, ox), d(w, oy);
         double r = -1, t;
-        ASSERT_EQ(GetParam().fn(a.data(), b.data(), n, &r), orvStsNoErr);
+        ASSERT_EQ(fn(a.data(), b.data(), n, &r), orvStsNoErr);
         ASSERT_EQ(r, static_cast<double>(exact_dot(x, y)));
-        GetParam().fn(c.data(), d.data(), n, &t);
-        double want = GetParam().tier == "n8" ? model_dot_scalar(u, w) : model_dot_64f(u, w, c.address(), d.address());
-        ASSERT_TRUE(same_bits(t, want));
+        fn(c.data(), d.data(), n, &t);
+        order(t, u, w, c, d, n);
     });
-    double x[2] = {1, 2}, keep = 7;
-    EXPECT_EQ(GetParam().fn(nullptr, x, 0, &keep), orvStsNullPtrErr);
-    EXPECT_EQ(GetParam().fn(x, nullptr, 2, &keep), orvStsNullPtrErr);
-    EXPECT_EQ(GetParam().fn(x, x, 2, nullptr), orvStsNullPtrErr);
-    EXPECT_EQ(GetParam().fn(x, x, 0, &keep), orvStsSizeErr);
+    T x[2] = {1, 2};
+    double keep = 7;
+    EXPECT_EQ(fn(nullptr, x, 0, &keep), orvStsNullPtrErr);
+    EXPECT_EQ(fn(x, nullptr, 2, &keep), orvStsNullPtrErr);
+    EXPECT_EQ(fn(x, x, 2, nullptr), orvStsNullPtrErr);
+    EXPECT_EQ(fn(x, x, 0, &keep), orvStsSizeErr);
+    EXPECT_EQ(fn(x, x, -1, &keep), orvStsSizeErr);
     EXPECT_EQ(keep, 7);
+}
+
+// Mixed magnitudes follow the 128-bit body (kept by e9) or n8's scalar one
+// bit for bit.
+TEST_P(Dot64Test, ExactAndInTheTiersOrder) {
+    exact_and_ordered<double>(GetParam().fn, {500, 3000, 4000}, [&](double t, auto& u, auto& w, auto& c, auto& d, int) {
+        ASSERT_TRUE(same_bits(t, GetParam().tier == "n8" ? model_dot_scalar(u, w)
+                                                         : model_dot_64f(u, w, c.address(), d.address())));
+    });
 }
 
 // Float products are exact in double, so only the order of the sum matters;
 // e9's order is its own and held to the error bound.
 TEST_P(Dot32Test, ExactAndInTheTiersOrder) {
     const std::string& tier = GetParam().tier;
-    each_pair([&](int n, size_t ox, size_t oy) {
-        auto x = small_ints<float>(n, n), y = small_ints<float>(n, 600 + n);
-        auto u = mixed<float>(n, 5000 + n), w = mixed<float>(n, 6000 + n);
-        Placed<float> a(x, ox), b(y, oy), c(u, ox), d(w, oy);
-        double r = -1, t;
-        ASSERT_EQ(GetParam().fn(a.data(), b.data(), n, &r), orvStsNoErr);
-        ASSERT_EQ(r, static_cast<double>(exact_dot(x, y)));
-        GetParam().fn(c.data(), d.data(), n, &t);
+    exact_and_ordered<float>(GetParam().fn, {600, 5000, 6000}, [&](double t, auto& u, auto& w, auto&, auto&, int n) {
         if (tier == "e9") {
             long double absSum, e = exact_dot(u, w, &absSum);
             ASSERT_LE(std::fabs(t - e), n * std::numeric_limits<double>::epsilon() * absSum);
@@ -92,13 +97,6 @@ TEST_P(Dot32Test, ExactAndInTheTiersOrder) {
             ASSERT_TRUE(same_bits(t, tier == "n8" ? model_dot_scalar(u, w) : model_dot_32f64f(u, w)));
         }
     });
-    float x[2] = {1, 2};
-    double keep = 7;
-    EXPECT_EQ(GetParam().fn(nullptr, x, 0, &keep), orvStsNullPtrErr);
-    EXPECT_EQ(GetParam().fn(x, nullptr, 2, &keep), orvStsNullPtrErr);
-    EXPECT_EQ(GetParam().fn(x, x, 2, nullptr), orvStsNullPtrErr);
-    EXPECT_EQ(GetParam().fn(x, x, -1, &keep), orvStsSizeErr);
-    EXPECT_EQ(keep, 7);
 }
 
 ORV_INSTANTIATE_TIERS(Dot64Test, orvsDotProd_64f);

@@ -53,66 +53,35 @@ void sweep(const std::function<void(const Arrays<double>&, const Arrays<float>&,
         }
 }
 
+// Runs the statements with `fn` each tier's variant of `name`, d and f the
+// double and float arrays, over the sweep.
+#define ORV_GUARDED(name, ...)                                                                 \
+    for (auto& t : tiers_of<decltype(name)>(#name))                                            \
+        sweep([&, fn = t.fn]([[maybe_unused]] auto& d, [[maybe_unused]] auto& f, int n) {      \
+            [[maybe_unused]] double r, lo, hi;                                                 \
+            [[maybe_unused]] int i, j;                                                         \
+            __VA_ARGS__;                                                                       \
+        })
+
 TEST(ReduceGuards, SumsAndMean) {
-    for (auto& t : tiers_of<decltype(orvsSum_64f)>("orvsSum_64f"))
-        sweep([&](auto& d, auto&, int n) {
-            double s;
-            ASSERT_EQ(t.fn(d.first(n), n, &s), orvStsNoErr);
-        });
-    for (auto& t : tiers_of<decltype(orvsMean_64f)>("orvsMean_64f"))
-        sweep([&](auto& d, auto&, int n) {
-            double s;
-            ASSERT_EQ(t.fn(d.first(n), n, &s), orvStsNoErr);
-        });
-    for (auto& t : tiers_of<decltype(orvsSum_32f)>("orvsSum_32f"))
-        sweep([&](auto&, auto& f, int n) {
-            float s;
-            ASSERT_EQ(t.fn(f.first(n), n, &s, orvAlgHintFast), orvStsNoErr);
-            ASSERT_EQ(t.fn(f.first(n), n, &s, orvAlgHintAccurate), orvStsNoErr);
-        });
+    ORV_GUARDED(orvsSum_64f, ASSERT_EQ(fn(d.first(n), n, &r), orvStsNoErr));
+    ORV_GUARDED(orvsMean_64f, ASSERT_EQ(fn(d.first(n), n, &r), orvStsNoErr));
+    ORV_GUARDED(orvsSum_32f, float s; ASSERT_EQ(fn(f.first(n), n, &s, orvAlgHintFast), orvStsNoErr);
+                ASSERT_EQ(fn(f.first(n), n, &s, orvAlgHintAccurate), orvStsNoErr));
 }
 
 TEST(ReduceGuards, Extremes) {
-    for (auto& t : tiers_of<decltype(orvsMax_64f)>("orvsMax_64f"))
-        sweep([&](auto& d, auto&, int n) {
-            double m;
-            ASSERT_EQ(t.fn(d.first(n), n, &m), orvStsNoErr);
-        });
-    for (auto& t : tiers_of<decltype(orvsMaxIndx_64f)>("orvsMaxIndx_64f"))
-        sweep([&](auto& d, auto&, int n) {
-            double m;
-            int i;
-            ASSERT_EQ(t.fn(d.first(n), n, &m, &i), orvStsNoErr);
-        });
-    for (auto& t : tiers_of<decltype(orvsMinMax_64f)>("orvsMinMax_64f"))
-        sweep([&](auto& d, auto&, int n) {
-            double lo, hi;
-            ASSERT_EQ(t.fn(d.first(n), n, &lo, &hi), orvStsNoErr);
-        });
-    for (auto& t : tiers_of<decltype(orvsMinMaxIndx_64f)>("orvsMinMaxIndx_64f"))
-        sweep([&](auto& d, auto&, int n) {
-            double lo, hi;
-            int i, j;
-            ASSERT_EQ(t.fn(d.first(n), n, &lo, &i, &hi, &j), orvStsNoErr);
-        });
+    ORV_GUARDED(orvsMax_64f, ASSERT_EQ(fn(d.first(n), n, &r), orvStsNoErr));
+    ORV_GUARDED(orvsMaxIndx_64f, ASSERT_EQ(fn(d.first(n), n, &r, &i), orvStsNoErr));
+    ORV_GUARDED(orvsMinMax_64f, ASSERT_EQ(fn(d.first(n), n, &lo, &hi), orvStsNoErr));
+    ORV_GUARDED(orvsMinMaxIndx_64f, ASSERT_EQ(fn(d.first(n), n, &lo, &i, &hi, &j), orvStsNoErr));
 }
 
 TEST(ReduceGuards, DotProductsAndThreshold) {
-    for (auto& t : tiers_of<decltype(orvsDotProd_64f)>("orvsDotProd_64f"))
-        sweep([&](auto& d, auto&, int n) {
-            double r;
-            ASSERT_EQ(t.fn(d.first(n), d.second(n), n, &r), orvStsNoErr);
-        });
-    for (auto& t : tiers_of<decltype(orvsDotProd_32f64f)>("orvsDotProd_32f64f"))
-        sweep([&](auto&, auto& f, int n) {
-            double r;
-            ASSERT_EQ(t.fn(f.first(n), f.second(n), n, &r), orvStsNoErr);
-        });
-    for (auto& t : tiers_of<decltype(orvsThreshold_LTValGTVal_64f)>("orvsThreshold_LTValGTVal_64f"))
-        sweep([&](auto& d, auto&, int n) {
-            ASSERT_EQ(t.fn(d.first(n), d.second(n), n, -1, -9, 2, 9), orvStsNoErr);
-            ASSERT_EQ(t.fn(d.second(n), d.second(n), n, -1, -9, 2, 9), orvStsNoErr);
-        });
+    ORV_GUARDED(orvsDotProd_64f, ASSERT_EQ(fn(d.first(n), d.second(n), n, &r), orvStsNoErr));
+    ORV_GUARDED(orvsDotProd_32f64f, ASSERT_EQ(fn(f.first(n), f.second(n), n, &r), orvStsNoErr));
+    ORV_GUARDED(orvsThreshold_LTValGTVal_64f, ASSERT_EQ(fn(d.first(n), d.second(n), n, -1, -9, 2, 9), orvStsNoErr);
+                ASSERT_EQ(fn(d.second(n), d.second(n), n, -1, -9, 2, 9), orvStsNoErr));
 }
 
 }  // namespace
