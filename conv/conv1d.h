@@ -19,45 +19,31 @@ namespace conv {
 template <class T>
 struct Ops;
 
+// One specialisation per element type, spelled from the type's name suffix.
+#define ORV_CONV_OPS(T, S, Spec_)                                                                                 \
+    template <>                                                                                                   \
+    struct Ops<T> {                                                                                               \
+        using Spec = Spec_;                                                                                       \
+        static void kernel(const T* x, int n, const T* h, int m, T* d) { ownConv_##S(x, n, h, m, d); }            \
+        static void zero(T* p, int64_t len) {                                                                     \
+            if (len > 0) ORV_T(orvsZero_##S)(p, static_cast<int>(len));                                           \
+        }                                                                                                         \
+        static void copy(const T* s, T* d, int64_t len) {                                                         \
+            if (len > 0) ORV_T(orvsCopy_##S)(s, d, static_cast<int>(len));                                        \
+        }                                                                                                         \
+        static T* malloc(int len) { return ORV_T(orvsMalloc_##S)(len); }                                          \
+        static OrvStatus init(Spec** s, int order) { return ORV_T(orvsFFTInitAlloc_R_##S)(s, order, 2, 0); }      \
+        static OrvStatus buf_size(const Spec* s, int* size) { return ORV_T(orvsFFTGetBufSize_R_##S)(s, size); }   \
+        static void free_spec(Spec* s) { ORV_T(orvsFFTFree_R_##S)(s); }                                           \
+        static OrvStatus fwd(T* p, const Spec* s, Orv8u* w) { return ORV_T(orvsFFTFwd_RToPerm_##S)(p, p, s, w); } \
+        static OrvStatus inv(T* p, const Spec* s, Orv8u* w) { return ORV_T(orvsFFTInv_PermToR_##S)(p, p, s, w); } \
+        static void mul(const T* a, T* b, int len) { ORV_T(orvsMulPerm_##S##_I)(a, b, len); }                     \
+    };
 #if !defined(ORV_TIER_U8)  // u8 has no single-precision real FFT
-template <>
-struct Ops<float> {
-    using Spec = OrvFFTSpec_R_32f;
-    static void kernel(const float* x, int n, const float* h, int m, float* d) { ownConv_32f(x, n, h, m, d); }
-    static void zero(float* p, int64_t len) {
-        if (len > 0) ORV_T(orvsZero_32f)(p, static_cast<int>(len));
-    }
-    static void copy(const float* s, float* d, int64_t len) {
-        if (len > 0) ORV_T(orvsCopy_32f)(s, d, static_cast<int>(len));
-    }
-    static float* malloc(int len) { return ORV_T(orvsMalloc_32f)(len); }
-    static OrvStatus init(Spec** s, int order) { return ORV_T(orvsFFTInitAlloc_R_32f)(s, order, 2, 0); }
-    static OrvStatus buf_size(const Spec* s, int* size) { return ORV_T(orvsFFTGetBufSize_R_32f)(s, size); }
-    static void free_spec(Spec* s) { ORV_T(orvsFFTFree_R_32f)(s); }
-    static OrvStatus fwd(float* p, const Spec* s, Orv8u* w) { return ORV_T(orvsFFTFwd_RToPerm_32f)(p, p, s, w); }
-    static OrvStatus inv(float* p, const Spec* s, Orv8u* w) { return ORV_T(orvsFFTInv_PermToR_32f)(p, p, s, w); }
-    static void mul(const float* a, float* b, int len) { ORV_T(orvsMulPerm_32f_I)(a, b, len); }
-};
+ORV_CONV_OPS(float, 32f, OrvFFTSpec_R_32f)
 #endif
-
-template <>
-struct Ops<double> {
-    using Spec = OrvFFTSpec_R_64f;
-    static void kernel(const double* x, int n, const double* h, int m, double* d) { ownConv_64f(x, n, h, m, d); }
-    static void zero(double* p, int64_t len) {
-        if (len > 0) ORV_T(orvsZero_64f)(p, static_cast<int>(len));
-    }
-    static void copy(const double* s, double* d, int64_t len) {
-        if (len > 0) ORV_T(orvsCopy_64f)(s, d, static_cast<int>(len));
-    }
-    static double* malloc(int len) { return ORV_T(orvsMalloc_64f)(len); }
-    static OrvStatus init(Spec** s, int order) { return ORV_T(orvsFFTInitAlloc_R_64f)(s, order, 2, 0); }
-    static OrvStatus buf_size(const Spec* s, int* size) { return ORV_T(orvsFFTGetBufSize_R_64f)(s, size); }
-    static void free_spec(Spec* s) { ORV_T(orvsFFTFree_R_64f)(s); }
-    static OrvStatus fwd(double* p, const Spec* s, Orv8u* w) { return ORV_T(orvsFFTFwd_RToPerm_64f)(p, p, s, w); }
-    static OrvStatus inv(double* p, const Spec* s, Orv8u* w) { return ORV_T(orvsFFTInv_PermToR_64f)(p, p, s, w); }
-    static void mul(const double* a, double* b, int len) { ORV_T(orvsMulPerm_64f_I)(a, b, len); }
-};
+ORV_CONV_OPS(double, 64f, OrvFFTSpec_R_64f)
+#undef ORV_CONV_OPS
 
 // Path thresholds, the same for every tier and both types.
 constexpr int kDirectTotal = 512;  // direct when T is below this ...
