@@ -58,33 +58,18 @@ inline T load1(const T* p) {
 // ---- Lanes of the passes: In is what a tap reads (the widened float row, or
 // the 32s source itself), A the sum's type.
 
-// Eight floats (only e9 instantiates it).
+// Float lanes of the shared row lanes, read from a float row.
+template <class V>
+struct FloatLanes : V {
+    using In = float;
+    using A = float;
+    static typename V::R load(const float* p) { return V::loadf(p); }
+    static typename V::R loadacc(const float* p) { return V::loadf(p); }
+};
+// Eight floats (only e9 instantiates it) and four.
 template <class = void>
-struct F8 {
-    using In = float;
-    using A = float;
-    using R = __m256;
-    static constexpr int kN = 8;
-    static R load(const float* p) { return _mm256_loadu_ps(p); }
-    static R loadacc(const float* p) { return _mm256_loadu_ps(p); }
-    static void store(float* p, R r) { _mm256_storeu_ps(p, r); }
-    static R set1(float k) { return _mm256_set1_ps(k); }
-    static R add(R a, R b) { return _mm256_add_ps(a, b); }
-    static R mul(R a, R b) { return _mm256_mul_ps(a, b); }
-};
-
-struct F4 {
-    using In = float;
-    using A = float;
-    using R = __m128;
-    static constexpr int kN = 4;
-    static R load(const float* p) { return _mm_loadu_ps(p); }
-    static R loadacc(const float* p) { return _mm_loadu_ps(p); }
-    static void store(float* p, R r) { _mm_storeu_ps(p, r); }
-    static R set1(float k) { return _mm_set1_ps(k); }
-    static R add(R a, R b) { return _mm_add_ps(a, b); }
-    static R mul(R a, R b) { return _mm_mul_ps(a, b); }
-};
+using F8 = FloatLanes<rowf::L8T<>>;
+using F4 = FloatLanes<rowf::L4>;
 
 template <class TIn, class TA>
 struct S1 {
