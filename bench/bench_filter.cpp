@@ -4,8 +4,11 @@
 // kernel flipped in both axes and the anchor mirrored. Before timing, both
 // results are compared; a mismatch skips the case with an error.
 // Cases: 32FC1 with 3x3, 5x5, 7x7 and 17x17; 32FC3 and 32FC4 with 5x5;
-// 8UC1 and 8UC3 with 3x3. Every tier that builds the entry runs whatever
-// route it has. Counter: pixels times kernel taps per second.
+// 8UC1, 8UC3, 8UC4 and 16SC1 with 3x3, 5x5 and 7x7. Every tier that builds
+// the entry runs whatever route it has. Integer results are rounded to
+// nearest and saturated by both, so they must agree within one unit.
+// Counters: pixels times kernel taps per second; for orv, maxdiff, the
+// largest difference from OpenCV's result.
 #include <benchmark/benchmark.h>
 
 #include <opencv2/core.hpp>
@@ -38,7 +41,12 @@ const FilterCase kCases[] = {
     {"orviFilter_32f_C1R", CV_32FC1, 3, "32FC1/3x3"},   {"orviFilter_32f_C1R", CV_32FC1, 5, "32FC1/5x5"},
     {"orviFilter_32f_C1R", CV_32FC1, 7, "32FC1/7x7"},   {"orviFilter_32f_C1R", CV_32FC1, 17, "32FC1/17x17"},
     {"orviFilter_32f_C3R", CV_32FC3, 5, "32FC3/5x5"},   {"orviFilter_32f_C4R", CV_32FC4, 5, "32FC4/5x5"},
-    {"orviFilter32f_8u_C1R", CV_8UC1, 3, "8UC1/3x3"},   {"orviFilter32f_8u_C3R", CV_8UC3, 3, "8UC3/3x3"},
+    {"orviFilter32f_8u_C1R", CV_8UC1, 3, "8UC1/3x3"},   {"orviFilter32f_8u_C1R", CV_8UC1, 5, "8UC1/5x5"},
+    {"orviFilter32f_8u_C1R", CV_8UC1, 7, "8UC1/7x7"},   {"orviFilter32f_8u_C3R", CV_8UC3, 3, "8UC3/3x3"},
+    {"orviFilter32f_8u_C3R", CV_8UC3, 5, "8UC3/5x5"},   {"orviFilter32f_8u_C3R", CV_8UC3, 7, "8UC3/7x7"},
+    {"orviFilter32f_8u_C4R", CV_8UC4, 3, "8UC4/3x3"},   {"orviFilter32f_8u_C4R", CV_8UC4, 5, "8UC4/5x5"},
+    {"orviFilter32f_8u_C4R", CV_8UC4, 7, "8UC4/7x7"},   {"orviFilter32f_16s_C1R", CV_16SC1, 3, "16SC1/3x3"},
+    {"orviFilter32f_16s_C1R", CV_16SC1, 5, "16SC1/5x5"}, {"orviFilter32f_16s_C1R", CV_16SC1, 7, "16SC1/7x7"},
 };
 
 // The kernel: positive and negative weights summing to about 1, asymmetric so
@@ -63,6 +71,12 @@ Setup make_setup(const FilterCase& c) {
     const Frame& f = frames()[0];
     Setup s;
     s.src = roi_image(f.width, f.height, c.cvType, 16);
+    // 16-bit data over most of the signed range: the rounding of large sums.
+    if (CV_MAT_DEPTH(c.cvType) == CV_16S) {
+        cv::Mat parent(f.height + 32, f.width + 32, c.cvType);
+        cv::randu(parent, cv::Scalar::all(-20000), cv::Scalar::all(20000));
+        s.src = parent(cv::Rect(16, 16, f.width, f.height));
+    }
     s.dstCv = roi_image(f.width, f.height, c.cvType, 16);
     s.dstOrv = roi_image(f.width, f.height, c.cvType, 16);
     s.k = kernel_of(c.k);
@@ -82,12 +96,13 @@ OrvStatus run_orv(FilterFn<T>* fn, Setup& s, int k) {
 }
 
 // Largest difference between the two results, and the tolerance: for float
-// |k|1 * |x|max * taps * eps, for 8-bit one unit (the two round differently).
-bool same_result(const Setup& s, const FilterCase& c, std::string& why) {
+// |k|1 * |x|max * taps * eps, for integers one unit (both round to nearest,
+// but tie rules and the order of the float sums differ).
+bool same_result(const Setup& s, const FilterCase& c, std::string& why, double& maxDiff) {
     cv::Mat a, b;
     s.dstOrv.convertTo(a, CV_64F);
     s.dstCv.convertTo(b, CV_64F);
-    double maxDiff = cv::norm(a, b, cv::NORM_INF);
+    maxDiff = cv::norm(a, b, cv::NORM_INF);
     double tol = 1.0;
     if (CV_MAT_DEPTH(c.cvType) == CV_32F) {
         double k1 = 0;
@@ -117,10 +132,9 @@ void register_case(const FilterCase& c) {
         }
         count(state, c);
     })->Unit(benchmark::kMillisecond);
-    for (const char* tier : {"m7", "n8", "y8", "e9"}) {
-        FilterFn<T>* fn = tier_fn<FilterFn<T>>(c.entry, tier);
-        if (!fn) continue;
-        benchmark::RegisterBenchmark((base + "/orv/" + tier).c_str(), [c, fn](benchmark::State& state) {
+    for (const auto& t : orv::test::tiers_of<FilterFn<T>>(c.entry)) {
+        FilterFn<T>* fn = t.fn;
+        benchmark::RegisterBenchmark((base + "/orv/" + t.tier).c_str(), [c, fn](benchmark::State& state) {
             opencv_one_thread();
             Setup s = make_setup(c);
             run_cv(s);
@@ -129,7 +143,8 @@ void register_case(const FilterCase& c) {
                 return;
             }
             std::string why;
-            if (!same_result(s, c, why)) {
+            double diff = 0;
+            if (!same_result(s, c, why, diff)) {
                 state.SkipWithError(why.c_str());
                 return;
             }
@@ -138,14 +153,18 @@ void register_case(const FilterCase& c) {
                 benchmark::ClobberMemory();
             }
             count(state, c);
+            state.counters["maxdiff"] = diff;
         })->Unit(benchmark::kMillisecond);
     }
 }
 
 const bool registered = [] {
     for (const auto& c : kCases) {
-        if (CV_MAT_DEPTH(c.cvType) == CV_32F) register_case<Orv32f>(c);
-        else register_case<Orv8u>(c);
+        switch (CV_MAT_DEPTH(c.cvType)) {
+            case CV_32F: register_case<Orv32f>(c); break;
+            case CV_16S: register_case<Orv16s>(c); break;
+            default: register_case<Orv8u>(c); break;
+        }
     }
     return true;
 }();

@@ -99,8 +99,13 @@ struct L8T {
             __m128i lo, hi;
             if constexpr (sizeof(T) == 1) {
                 const __m128i b = _mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(p));
-                lo = _mm_cvtepu8_epi32(b);
-                hi = _mm_cvtepu8_epi32(_mm_srli_si128(b, 4));
+                if constexpr (std::is_signed_v<T>) {
+                    lo = _mm_cvtepi8_epi32(b);
+                    hi = _mm_cvtepi8_epi32(_mm_srli_si128(b, 4));
+                } else {
+                    lo = _mm_cvtepu8_epi32(b);
+                    hi = _mm_cvtepu8_epi32(_mm_srli_si128(b, 4));
+                }
             } else {
                 const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i_u*>(p));
                 if constexpr (std::is_signed_v<T>) {
@@ -148,7 +153,7 @@ inline void store8(T* p, __m128i lo, __m128i hi) {
         v = _mm_packs_epi32(lo, hi);
     }
     if constexpr (sizeof(T) == 1) {
-        v = _mm_packus_epi16(v, v);
+        v = std::is_signed_v<T> ? _mm_packs_epi16(v, v) : _mm_packus_epi16(v, v);
         if constexpr (kKeep) {
             const __m128i keep = _mm_setr_epi8(0, 0, 0, -1, 0, 0, 0, -1, 0, 0, 0, 0, 0, 0, 0, 0);
             const __m128i old = _mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(p));

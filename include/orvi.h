@@ -139,6 +139,38 @@ ORV_FILTER_ROW_DECL(orviFilterRow32f_16s_C4R, Orv16s)
 ORV_FILTER_ROW_DECL(orviFilterRow32f_16s_AC4R, Orv16s)
 #undef ORV_FILTER_ROW_DECL
 
+/* ---- Column filters --------------------------------------------------------
+ * Each column convolved with kernelSize taps:
+ *   dst(x, y) = sum over i < kernelSize of pKernel[i] * src(x, y + yAnchor - i)
+ * per channel; source rows y + yAnchor - kernelSize + 1 .. y + yAnchor must
+ * exist. Both steps must be at least the region's row in bytes. Checks in
+ * order: null pointers, sizes (width, height, kernelSize below 1), steps. The
+ * C3 and C4 forms work the row's elements as a C1 row three or four times as
+ * wide, and check the width first: a width below 1 gives orvStsSizeErr even
+ * with a null pointer. AC4 leaves the fourth channel as it was. Integer forms
+ * round and saturate; a failed scratch allocation only changes the route.
+ * No stubs: call a tier's name (m7, n8, y8, e9). */
+#define ORV_FILTER_COL_DECL(name, T)                                                                          \
+    ORV_API OrvStatus name(const T* pSrc, int srcStep, T* pDst, int dstStep, OrviSize dstRoiSize,             \
+                           const Orv32f* pKernel, int kernelSize, int yAnchor);
+ORV_FILTER_COL_DECL(orviFilterColumn_32f_C1R, Orv32f)
+ORV_FILTER_COL_DECL(orviFilterColumn_32f_C3R, Orv32f)
+ORV_FILTER_COL_DECL(orviFilterColumn_32f_C4R, Orv32f)
+ORV_FILTER_COL_DECL(orviFilterColumn_32f_AC4R, Orv32f)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_8u_C1R, Orv8u)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_8u_C3R, Orv8u)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_8u_C4R, Orv8u)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_8u_AC4R, Orv8u)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_16u_C1R, Orv16u)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_16u_C3R, Orv16u)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_16u_C4R, Orv16u)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_16u_AC4R, Orv16u)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_16s_C1R, Orv16s)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_16s_C3R, Orv16s)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_16s_C4R, Orv16s)
+ORV_FILTER_COL_DECL(orviFilterColumn32f_16s_AC4R, Orv16s)
+#undef ORV_FILTER_COL_DECL
+
 /* ---- 2-D real FFT --------------------------------------------------------
  * Forward and inverse transforms of a W x H single-plane float image, W =
  * 2^orderX and H = 2^orderY (orders 0..30), in the 2-D Pack layout: every
