@@ -170,22 +170,10 @@ void register_case(const SepCase& c, const char* rowName, const char* colName) {
             opencv_one_thread();
             Setup s = make_setup(c);
             run_cv(s);
-            if (run_orv<T>(row, col, s, c.k) != orvStsNoErr) {
-                state.SkipWithError("status");
-                return;
-            }
-            std::string why;
-            double diff = 0;
-            if (!same_result(s, c, why, diff)) {
-                state.SkipWithError(why.c_str());
-                return;
-            }
-            for (auto _ : state) {
-                run_orv<T>(row, col, s, c.k);
-                benchmark::ClobberMemory();
-            }
+            check_then_time(
+                state, [&] { return run_orv<T>(row, col, s, c.k); },
+                [&](std::string& why, double& diff) { return same_result(s, c, why, diff); });
             count(state, c);
-            state.counters["maxdiff"] = diff;
         })->Unit(benchmark::kMillisecond);
     }
 }

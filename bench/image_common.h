@@ -1,7 +1,7 @@
 // Helpers shared by the image and filter benchmarks: the two frame sizes, a
 // float image as the ROI of a larger one (so that OpenCV and orv read the same
-// neighbours and rows are not dense), the bandwidth counter, and OpenCV held
-// to one thread.
+// neighbours and rows are not dense), the bandwidth counter, the check before
+// timing, and OpenCV held to one thread.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "fft_common.h"
+#include "orvcore.h"
 
 namespace orv::bench {
 
@@ -36,6 +37,28 @@ inline cv::Mat roi_image(int width, int height, int type, int margin = 16) {
 inline void count_bytes(benchmark::State& state, double bytesPerIteration) {
     state.counters["GB/s"] = benchmark::Counter(bytesPerIteration * 1e-9 * double(state.iterations()),
                                                 benchmark::Counter::kIsRate);
+}
+
+// One orv call checked against the peer's result, then timed: run() makes the
+// call and returns its status, check(why, diff) compares the results (false
+// skips the case with `why`); the largest difference goes into "maxdiff".
+template <class Run, class Check>
+void check_then_time(benchmark::State& state, Run run, Check check) {
+    if (run() != orvStsNoErr) {
+        state.SkipWithError("status");
+        return;
+    }
+    std::string why;
+    double diff = 0;
+    if (!check(why, diff)) {
+        state.SkipWithError(why.c_str());
+        return;
+    }
+    for (auto _ : state) {
+        run();
+        benchmark::ClobberMemory();
+    }
+    state.counters["maxdiff"] = diff;
 }
 
 // OpenCV runs single-threaded in every comparison.
