@@ -9,7 +9,8 @@ EPS32 = np.finfo(np.float32).eps
 EPS64 = np.finfo(np.float64).eps
 
 
-@pytest.mark.parametrize("na,nb", [(1, 1), (7, 3), (3, 7), (100, 31), (1000, 257)])
+@pytest.mark.parametrize("na,nb", [(1, 1), (7, 3), (3, 7), (100, 31), (1000, 257),
+                                   (8191, 5), (63, 12289), (4096, 2), (20000, 100)])
 @pytest.mark.parametrize("dtype,eps", [(np.float32, EPS32), (np.float64, EPS64)])
 def test_convolve(tier, rng, na, nb, dtype, eps):
     a = rng.standard_normal(na).astype(dtype)
