@@ -3,6 +3,8 @@
 // share them, each call bringing its own work buffer.
 #include <algorithm>
 #include <map>
+#include <memory>
+#include <new>
 #include <mutex>
 #include <type_traits>
 #include <vector>
@@ -129,8 +131,38 @@ T* spec_as(const Spec& s) {
     return static_cast<T*>(s.p);
 }
 
-std::vector<Orv8u> work(const Spec& s) {
-    return std::vector<Orv8u>(static_cast<std::size_t>(std::max(s.bufSize, 1)));
+// Scratch of the calling thread, kept between calls and grown on demand:
+// repeated transforms reuse pages already mapped instead of faulting fresh
+// ones in on every call (and the contents are not cleared). A thread keeps
+// the largest block it needed until it ends.
+class Scratch {
+public:
+    Orv8u* get(std::size_t bytes) {
+        if (bytes > size_) {
+            mem_.reset();
+            size_ = 0;
+            mem_.reset(static_cast<Orv8u*>(::operator new[](bytes, std::align_val_t{64})));
+            size_ = bytes;
+        }
+        return mem_.get();
+    }
+
+private:
+    struct Free {
+        void operator()(Orv8u* p) const { ::operator delete[](p, std::align_val_t{64}); }
+    };
+    std::unique_ptr<Orv8u, Free> mem_;
+    std::size_t size_ = 0;
+};
+thread_local Scratch tlsWork, tlsPacked;
+
+struct Work {
+    Orv8u* p;
+    Orv8u* data() const { return p; }
+};
+
+Work work(const Spec& s) {
+    return {tlsWork.get(static_cast<std::size_t>(std::max(s.bufSize, 1)))};
 }
 
 // Leading axes of a form the batch; the last `core` are transformed.
@@ -394,12 +426,12 @@ carray<c64> rfft2_32f(const carray<float>& a, int flag) {
         Spec s;
         if (st.ok(cache.get({kImage32, ox, oy, flag, t}, s), "orviFFTInitAlloc_R_32f")) {
             auto buf = work(s);
-            std::vector<float> packed(H * W);
+            float* packed = reinterpret_cast<float*>(tlsPacked.get(static_cast<std::size_t>(H * W) * sizeof(float)));
             for (py::ssize_t b = 0; b < batch; ++b) {
-                if (!st.ok(iFwd[t](src + b * H * W, step, packed.data(), step, spec_as<OrviFFTSpec_R_32f>(s),
+                if (!st.ok(iFwd[t](src + b * H * W, step, packed, step, spec_as<OrviFFTSpec_R_32f>(s),
                                    buf.data()),
                            "orviFFTFwd_RToPack_32f_C1R") ||
-                    !st.ok(orviFFTUnpack_Pack_32fc(packed.data(), step, reinterpret_cast<Orv32fc*>(dst + b * H * M),
+                    !st.ok(orviFFTUnpack_Pack_32fc(packed, step, reinterpret_cast<Orv32fc*>(dst + b * H * M),
                                                    static_cast<int>(M * 8),
                                                    OrviSize{static_cast<int>(W), static_cast<int>(H)}),
                            "orviFFTUnpack_Pack_32fc"))
