@@ -278,25 +278,62 @@ carray<c128> fft_c128(const carray<c128>& a, bool inverse, int flag) {
 // The forward transform writes the packed spectrum into the output row, which
 // the library's unpacker then spreads in place (it allows the overlay).
 
-carray<c64> rfft_32f(const carray<float>& a, int flag) {
+// The two real kinds: single precision in Pack, double in Perm.
+template <class T>
+struct RealKind;
+template <>
+struct RealKind<float> {
+    using C = c64;
+    using LibC = Orv32fc;
+    using SpecT = OrvFFTSpec_R_32f;
+    static constexpr int kKind = kReal32;
+    static constexpr const auto& fwd = rFwd;
+    static constexpr const auto& inv = rInv;
+    static constexpr auto unpack = orvsFFTUnpack_Pack_32fc;
+    static constexpr auto repack = orvsFFTRepack_Pack_32fc;
+    static constexpr const char* kInit = "orvsFFTInitAlloc_R_32f";
+    static constexpr const char* kFwd = "orvsFFTFwd_RToPack_32f";
+    static constexpr const char* kInv = "orvsFFTInv_PackToR_32f";
+    static constexpr const char* kUnpack = "orvsFFTUnpack_Pack_32fc";
+    static constexpr const char* kRepack = "orvsFFTRepack_Pack_32fc";
+};
+template <>
+struct RealKind<double> {
+    using C = c128;
+    using LibC = Orv64fc;
+    using SpecT = OrvFFTSpec_R_64f;
+    static constexpr int kKind = kReal64;
+    static constexpr const auto& fwd = dFwd;
+    static constexpr const auto& inv = dInv;
+    static constexpr auto unpack = orvsFFTUnpack_Perm_64fc;
+    static constexpr auto repack = orvsFFTRepack_Perm_64fc;
+    static constexpr const char* kInit = "orvsFFTInitAlloc_R_64f";
+    static constexpr const char* kFwd = "orvsFFTFwd_RToPerm_64f";
+    static constexpr const char* kInv = "orvsFFTInv_PermToR_64f";
+    static constexpr const char* kUnpack = "orvsFFTUnpack_Perm_64fc";
+    static constexpr const char* kRepack = "orvsFFTRepack_Perm_64fc";
+};
+
+template <class T>
+carray<typename RealKind<T>::C> rfft(const carray<T>& a, int flag) {
+    using K = RealKind<T>;
     const py::ssize_t batch = batch_of(a, 1), n = a.shape(a.ndim() - 1), h = n / 2 + 1;
     const int order = order_of(n, "FFT length");
-    carray<c64> out(shape_with(a, {h}));
-    const float* src = a.data();
-    c64* dst = out.mutable_data();
+    carray<typename K::C> out(shape_with(a, {h}));
+    const T* src = a.data();
+    auto* dst = out.mutable_data();
     Status st;
     {
         py::gil_scoped_release nogil;
         const int t = slot();
         Spec s;
-        if (st.ok(cache.get({kReal32, order, 0, flag, t}, s), "orvsFFTInitAlloc_R_32f")) {
+        if (st.ok(cache.get({K::kKind, order, 0, flag, t}, s), K::kInit)) {
             auto buf = work(s);
             for (py::ssize_t b = 0; b < batch; ++b) {
-                auto* o = reinterpret_cast<Orv32fc*>(dst + b * h);
-                auto* packed = reinterpret_cast<float*>(o);
-                if (!st.ok(rFwd[t](src + b * n, packed, spec_as<OrvFFTSpec_R_32f>(s), buf.data()),
-                           "orvsFFTFwd_RToPack_32f") ||
-                    !st.ok(orvsFFTUnpack_Pack_32fc(packed, o, static_cast<int>(n)), "orvsFFTUnpack_Pack_32fc"))
+                auto* o = reinterpret_cast<typename K::LibC*>(dst + b * h);
+                auto* packed = reinterpret_cast<T*>(o);
+                if (!st.ok(K::fwd[t](src + b * n, packed, spec_as<typename K::SpecT>(s), buf.data()), K::kFwd) ||
+                    !st.ok(K::unpack(packed, o, static_cast<int>(n)), K::kUnpack))
                     break;
             }
         }
@@ -305,77 +342,26 @@ carray<c64> rfft_32f(const carray<float>& a, int flag) {
     return out;
 }
 
-carray<float> irfft_32f(const carray<c64>& a, py::ssize_t n, int flag) {
+template <class T>
+carray<T> irfft(const carray<typename RealKind<T>::C>& a, py::ssize_t n, int flag) {
+    using K = RealKind<T>;
     const py::ssize_t batch = batch_of(a, 1), h = n / 2 + 1;
     const int order = order_of(n, "FFT length");
     if (a.shape(a.ndim() - 1) != h) throw py::value_error("internal: irfft input of n/2 + 1 values expected");
-    carray<float> out(shape_with(a, {n}));
-    const auto* src = reinterpret_cast<const Orv32fc*>(a.data());
-    float* dst = out.mutable_data();
+    carray<T> out(shape_with(a, {n}));
+    const auto* src = reinterpret_cast<const typename K::LibC*>(a.data());
+    T* dst = out.mutable_data();
     Status st;
     {
         py::gil_scoped_release nogil;
         const int t = slot();
         Spec s;
-        if (st.ok(cache.get({kReal32, order, 0, flag, t}, s), "orvsFFTInitAlloc_R_32f")) {
+        if (st.ok(cache.get({K::kKind, order, 0, flag, t}, s), K::kInit)) {
             auto buf = work(s);
             for (py::ssize_t b = 0; b < batch; ++b) {
-                float* o = dst + b * n;
-                if (!st.ok(orvsFFTRepack_Pack_32fc(src + b * h, o, static_cast<int>(n)), "orvsFFTRepack_Pack_32fc") ||
-                    !st.ok(rInv[t](o, o, spec_as<OrvFFTSpec_R_32f>(s), buf.data()), "orvsFFTInv_PackToR_32f"))
-                    break;
-            }
-        }
-    }
-    st.raise();
-    return out;
-}
-
-carray<c128> rfft_64f(const carray<double>& a, int flag) {
-    const py::ssize_t batch = batch_of(a, 1), n = a.shape(a.ndim() - 1), h = n / 2 + 1;
-    const int order = order_of(n, "FFT length");
-    carray<c128> out(shape_with(a, {h}));
-    const double* src = a.data();
-    c128* dst = out.mutable_data();
-    Status st;
-    {
-        py::gil_scoped_release nogil;
-        const int t = slot();
-        Spec s;
-        if (st.ok(cache.get({kReal64, order, 0, flag, t}, s), "orvsFFTInitAlloc_R_64f")) {
-            auto buf = work(s);
-            for (py::ssize_t b = 0; b < batch; ++b) {
-                auto* o = reinterpret_cast<Orv64fc*>(dst + b * h);
-                auto* packed = reinterpret_cast<double*>(o);
-                if (!st.ok(dFwd[t](src + b * n, packed, spec_as<OrvFFTSpec_R_64f>(s), buf.data()),
-                           "orvsFFTFwd_RToPerm_64f") ||
-                    !st.ok(orvsFFTUnpack_Perm_64fc(packed, o, static_cast<int>(n)), "orvsFFTUnpack_Perm_64fc"))
-                    break;
-            }
-        }
-    }
-    st.raise();
-    return out;
-}
-
-carray<double> irfft_64f(const carray<c128>& a, py::ssize_t n, int flag) {
-    const py::ssize_t batch = batch_of(a, 1), h = n / 2 + 1;
-    const int order = order_of(n, "FFT length");
-    if (a.shape(a.ndim() - 1) != h) throw py::value_error("internal: irfft input of n/2 + 1 values expected");
-    carray<double> out(shape_with(a, {n}));
-    const auto* src = reinterpret_cast<const Orv64fc*>(a.data());
-    double* dst = out.mutable_data();
-    Status st;
-    {
-        py::gil_scoped_release nogil;
-        const int t = slot();
-        Spec s;
-        if (st.ok(cache.get({kReal64, order, 0, flag, t}, s), "orvsFFTInitAlloc_R_64f")) {
-            auto buf = work(s);
-            for (py::ssize_t b = 0; b < batch; ++b) {
-                double* o = dst + b * n;
-                if (!st.ok(orvsFFTRepack_Perm_64fc(src + b * h, o, static_cast<int>(n)), "orvsFFTRepack_Perm_64fc") ||
-                    !st.ok(dInv[t](o, o, spec_as<OrvFFTSpec_R_64f>(s), buf.data()), "orvsFFTInv_PermToR_64f"))
+                T* o = dst + b * n;
+                if (!st.ok(K::repack(src + b * h, o, static_cast<int>(n)), K::kRepack) ||
+                    !st.ok(K::inv[t](o, o, spec_as<typename K::SpecT>(s), buf.data()), K::kInv))
                     break;
             }
         }
@@ -480,10 +466,10 @@ void init_fft(py::module_& m) {
     m.attr("FFT_DIV_SQRT") = static_cast<int>(OrvFftDivSqrt);
     m.def("fft_c64", &fft_c64, py::arg("a"), py::arg("inverse"), py::arg("flag"));
     m.def("fft_c128", &fft_c128, py::arg("a"), py::arg("inverse"), py::arg("flag"));
-    m.def("rfft_32f", &rfft_32f, py::arg("a"), py::arg("flag"));
-    m.def("rfft_64f", &rfft_64f, py::arg("a"), py::arg("flag"));
-    m.def("irfft_32f", &irfft_32f, py::arg("a"), py::arg("n"), py::arg("flag"));
-    m.def("irfft_64f", &irfft_64f, py::arg("a"), py::arg("n"), py::arg("flag"));
+    m.def("rfft_32f", &rfft<float>, py::arg("a"), py::arg("flag"));
+    m.def("rfft_64f", &rfft<double>, py::arg("a"), py::arg("flag"));
+    m.def("irfft_32f", &irfft<float>, py::arg("a"), py::arg("n"), py::arg("flag"));
+    m.def("irfft_64f", &irfft<double>, py::arg("a"), py::arg("n"), py::arg("flag"));
     m.def("rfft2_32f", &rfft2_32f, py::arg("a"), py::arg("flag"));
     m.def("irfft2_32f", &irfft2_32f, py::arg("a"), py::arg("w"), py::arg("flag"));
 }
