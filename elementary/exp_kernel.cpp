@@ -82,7 +82,7 @@ inline D scale_of(D t) {
     } else {
         // Unsigned words: the arithmetic wraps, as the integer unit does.
         const v4i ti = reinterpret_cast<v4i>(t);
-        const v4u neg = reinterpret_cast<v4u>(__builtin_shuffle(ti >> 31, v4i{1, 1, 3, 3}));
+        const v4u neg = reinterpret_cast<v4u>(__builtin_shufflevector(ti >> 31, ti >> 31, 1, 1, 3, 3));
         const v4u k = (reinterpret_cast<v4u>(ti) ^ neg) - neg;
         const v4u one = reinterpret_cast<v4u>(v2u{} + kOne);
         return reinterpret_cast<D>(one + reinterpret_cast<v4u>(reinterpret_cast<v2u>(k) << 52));

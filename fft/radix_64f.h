@@ -276,8 +276,8 @@ inline void load_flat(Twiddles<4>& w, const double* flat, std::ptrdiff_t j, std:
     for (int k = 0; k < 3; ++k) {
         const __m128d a = _mm_load_pd(r0 + 2 * k), b = _mm_load_pd(r1 + 2 * k);
         if constexpr (V::kN == 2) {
-            w.wr[k] = _mm_unpacklo_pd(a, b);
-            w.wi[k] = _mm_unpackhi_pd(a, b);
+            w.wr[k] = typename V::R(_mm_unpacklo_pd(a, b));
+            w.wi[k] = typename V::R(_mm_unpackhi_pd(a, b));
         }
     }
 }

@@ -36,10 +36,10 @@ constexpr bool kWide = kTier == Tier::e9;
 
 // Channel layouts. AC4 computes all four lanes and keeps element 3 of the
 // destination by a masked store (tier e9 only).
-struct C1 { static constexpr int ch = 1; static constexpr bool ac4 = false; };
-struct C3 { static constexpr int ch = 3; static constexpr bool ac4 = false; };
-struct C4 { static constexpr int ch = 4; static constexpr bool ac4 = false; };
-struct AC4 { static constexpr int ch = 4; static constexpr bool ac4 = true; };
+struct C1 { [[maybe_unused]] static constexpr int ch = 1; [[maybe_unused]] static constexpr bool ac4 = false; };
+struct C3 { [[maybe_unused]] static constexpr int ch = 3; [[maybe_unused]] static constexpr bool ac4 = false; };
+struct C4 { [[maybe_unused]] static constexpr int ch = 4; [[maybe_unused]] static constexpr bool ac4 = false; };
+struct AC4 { [[maybe_unused]] static constexpr int ch = 4; [[maybe_unused]] static constexpr bool ac4 = true; };
 
 template <int N, class F>
 CG_INLINE void static_for(F&& f) {

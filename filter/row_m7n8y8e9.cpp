@@ -176,13 +176,13 @@ void piFilterRow_32f_g9e9_8(const Orv32f* s, int srcStep, Orv32f* d, int dstStep
                             const Orv32f* coefLast, int kernelSize);
 
 template <Layout L>
-constexpr RowFn ownFilterRowTab[9] = {
+[[maybe_unused]] constexpr RowFn ownFilterRowTab[9] = {
     piFilterRow_32f_g9e9_N<1, false, L>, piFilterRow_32f_g9e9_N<1, false, L>, piFilterRow_32f_g9e9_N<2, false, L>,
     piFilterRow_32f_g9e9_N<3, false, L>, piFilterRow_32f_g9e9_N<4, false, L>, piFilterRow_32f_g9e9_N<5, false, L>,
     piFilterRow_32f_g9e9_N<6, false, L>, piFilterRow_32f_g9e9_N<7, false, L>, piFilterRow_32f_g9e9_8<L>};
 
 template <Layout L>
-constexpr RowFn ownFilterRowAddTab[8] = {
+[[maybe_unused]] constexpr RowFn ownFilterRowAddTab[8] = {
     piFilterRow_32f_g9e9_N<1, true, L>, piFilterRow_32f_g9e9_N<1, true, L>, piFilterRow_32f_g9e9_N<2, true, L>,
     piFilterRow_32f_g9e9_N<3, true, L>, piFilterRow_32f_g9e9_N<4, true, L>, piFilterRow_32f_g9e9_N<5, true, L>,
     piFilterRow_32f_g9e9_N<6, true, L>, piFilterRow_32f_g9e9_N<7, true, L>};
@@ -241,7 +241,7 @@ void owniFilterRow32f_g9e9_N(const T* s, int srcStep, T* d, int dstStep, int wid
 }
 
 template <class T, Layout L>
-constexpr IntRowFn<T> FilterRowTable[8] = {owniFilterRow32f_g9e9_N<0, T, L>, owniFilterRow32f_g9e9_N<1, T, L>,
+[[maybe_unused]] constexpr IntRowFn<T> FilterRowTable[8] = {owniFilterRow32f_g9e9_N<0, T, L>, owniFilterRow32f_g9e9_N<1, T, L>,
                                            owniFilterRow32f_g9e9_N<2, T, L>, owniFilterRow32f_g9e9_N<3, T, L>,
                                            owniFilterRow32f_g9e9_N<4, T, L>, owniFilterRow32f_g9e9_N<5, T, L>,
                                            owniFilterRow32f_g9e9_N<6, T, L>, owniFilterRow32f_g9e9_N<7, T, L>};

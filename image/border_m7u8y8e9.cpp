@@ -9,6 +9,7 @@
 // each element reads one written before it and the image repeats.
 // The 32f forms move the same words and forward to the 32s forms.
 #include <bit>
+#include <cstddef>
 
 #include "vector/mem_common.h"
 
@@ -27,10 +28,10 @@ constexpr long kCopyPiece = 0x40000000;
 constexpr long kBlock = 16;
 
 inline Elem* row_at(Elem* base, int step, long r) {
-    return reinterpret_cast<Elem*>(reinterpret_cast<u8*>(base) + static_cast<ptrdiff_t>(step) * r);
+    return reinterpret_cast<Elem*>(reinterpret_cast<u8*>(base) + static_cast<std::ptrdiff_t>(step) * r);
 }
 inline const Elem* row_at(const Elem* base, int step, long r) {
-    return reinterpret_cast<const Elem*>(reinterpret_cast<const u8*>(base) + static_cast<ptrdiff_t>(step) * r);
+    return reinterpret_cast<const Elem*>(reinterpret_cast<const u8*>(base) + static_cast<std::ptrdiff_t>(step) * r);
 }
 
 // n elements of value: single elements until the run is aligned to 32

@@ -7,11 +7,11 @@ namespace orv::ORV_TIER_NS {
 namespace {
 
 // The AVX kernels: the same row bodies on 256-bit lanes.
-inline void owniConvert_32f8uA_AVX(const Region<Orv8u>& g) {
+[[maybe_unused]] inline void owniConvert_32f8uA_AVX(const Region<Orv8u>& g) {
     for (int r = 0; r < g.height; ++r) convert_ac4<To8u, ClampRule<To8u>>(g.src_row(r), g.dst_row(r), g.width);
     _mm256_zeroupper();
 }
-inline void ownorvsCnvrtFin_32f8uA_AVX(const Orv32f* pSrc, Orv8u* pDst, int len) {
+[[maybe_unused]] inline void ownorvsCnvrtFin_32f8uA_AVX(const Orv32f* pSrc, Orv8u* pDst, int len) {
     convert_ac4<To8u, FinRule<To8u>>(pSrc, pDst, len);
     _mm256_zeroupper();
 }

@@ -61,7 +61,7 @@ void copy_long(const u8* s, u8* d, long n, bool streaming) {
 }
 
 // The 128-bit tiers' and e9's region kernel over `rows` runs of n bytes.
-void owniCopy8uas(const u8* s, long srcStep, u8* d, long dstStep, long n, long rows) {
+[[maybe_unused]] void owniCopy8uas(const u8* s, long srcStep, u8* d, long dstStep, long n, long rows) {
     if (n < kShortRun) {
         for (long y = 0; y < rows; ++y) copy_pieces(s + y * srcStep, d + y * dstStep, n);
     } else if (n < kLongRun) {
@@ -74,7 +74,7 @@ void owniCopy8uas(const u8* s, long srcStep, u8* d, long dstStep, long n, long r
 
 // m7's run copy: streaming stores when the caller says so, each streamed run
 // closed by a fence.
-void owniCopy_8u_C1_M7(const u8* s, u8* d, long n, bool streaming) {
+[[maybe_unused]] void owniCopy_8u_C1_M7(const u8* s, u8* d, long n, bool streaming) {
     if (n < kShortRun) return copy_pieces(s, d, n);
     align_destination(s, d, n);
     if (streaming) return copy_blocks<true, 2 * kTouchStep>(s, d, n);

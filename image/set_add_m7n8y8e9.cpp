@@ -46,7 +46,7 @@ constexpr auto kAddTo = [](auto src, auto dst) { return dst + src; };
 // The 128-bit tiers' row kernel: vector path from 11 elements, groups of
 // eight, a cached prefetch of the source 64 bytes ahead, no threshold.
 constexpr Rule kAddRows{11, Large::prefetch_src, 0};
-void ownsAdd_32f_I(const Orv32f* pSrc, Orv32f* pSrcDst, int len) {
+[[maybe_unused]] void ownsAdd_32f_I(const Orv32f* pSrc, Orv32f* pSrcDst, int len) {
     sse_loop<kAddRows>(Operands<float, Second::array>{pSrc, pSrcDst, 0}, pSrcDst, len, kAddTo);
 }
 

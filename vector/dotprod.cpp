@@ -16,7 +16,7 @@ namespace {
 // by one into the low lane of acc0. Both aligned: 8 elements a step into the
 // four accumulators, then pairs into acc0, then the low lane. Result
 // (acc0 + acc1) + (acc2 + acc3), then high + low.
-double dot_pairs(const double* x, const double* y, int n) {
+[[maybe_unused]] double dot_pairs(const double* x, const double* y, int n) {
     __m128d a0 = _mm_setzero_pd(), a1 = a0, a2 = a0, a3 = a0;
     if ((address(x) | address(y)) & 15) {
         if ((address(y) & 7) && !(address(x) & 7)) {
@@ -55,7 +55,7 @@ fold:
 // Floats, no alignment step: two pair accumulators, 6 elements a step as
 // three widened pairs to acc0, acc1, acc0; the rest one by one into the low
 // lane of acc1; (acc0 + acc1), then high + low.
-double dot32_pairs(const float* x, const float* y, int n) {
+[[maybe_unused]] double dot32_pairs(const float* x, const float* y, int n) {
     __m128d a0 = _mm_setzero_pd(), a1 = a0;
     for (; n >= 6; n -= 6, x += 6, y += 6) {
         a0 = _mm_add_pd(a0, _mm_mul_pd(widen2(x), widen2(y)));
@@ -70,7 +70,7 @@ double dot32_pairs(const float* x, const float* y, int n) {
 // e9 floats: four accumulators of four doubles, 16 elements a step, folded
 // (a0 + a1) + (a2 + a3); then groups of 4 into it, folded low + high; the
 // rest one by one into the low lane; high + low.
-double dot32_wide(const float* x, const float* y, int n) {
+[[maybe_unused]] double dot32_wide(const float* x, const float* y, int n) {
     __m256d a0 = _mm256_setzero_pd(), a1 = a0, a2 = a0, a3 = a0;
     auto prod = [](const float* p, const float* q) {
         return _mm256_mul_pd(_mm256_cvtps_pd(_mm_loadu_ps(p)), _mm256_cvtps_pd(_mm_loadu_ps(q)));

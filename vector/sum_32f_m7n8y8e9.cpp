@@ -74,7 +74,7 @@ double sum_fast(const float* p, int n) {
 // Four pair accumulators, 8 elements a step; acc0 += acc2, acc1 += acc3;
 // a group of 4 as two pairs to acc0 and acc1, a pair to acc0, one element to
 // its low lane; total acc0 + acc1, then low + high.
-double sum_accur_pairs(const float* p, int n) {
+[[maybe_unused]] double sum_accur_pairs(const float* p, int n) {
     __m128d a0 = _mm_setzero_pd(), a1 = a0, a2 = a0, a3 = a0;
     if (address(p) & 4) {
         a0 = _mm_set_sd(load_elem(p));
@@ -111,7 +111,7 @@ double sum_accur_pairs(const float* p, int n) {
 // over four accumulators; acc0 += acc2, acc1 += acc3, remaining steps to
 // acc0 and acc1, total acc0 + acc1, a group of 4 to it, folded low + high,
 // then a pair and one element as on the other tiers.
-double sum_accur_wide(const float* p, int n) {
+[[maybe_unused]] double sum_accur_wide(const float* p, int n) {
     if (address(p) & 3) return scalar_sum4(n, [p](int i) { return static_cast<double>(load_elem(p + i)); });
     unsigned a = address(p) & 31;
     int lead = min_int(n, a ? static_cast<int>((32 - a) >> 2) : 0);

@@ -27,7 +27,11 @@ struct Fn {
 // The entry and its bodies.
 std::vector<Fn> fns(std::initializer_list<const char*> names, long double (*ref)(long double)) {
     std::vector<Fn> r;
-    for (const char* n : names) r.push_back({n, orv_sym<ScalarFn>(n), ref});
+    for (const char* n : names) {
+        // The .N bodies round with SSE4.1; the library calls them only where it exists.
+        if (std::strstr(n, ".N") && !__builtin_cpu_supports("sse4.1")) continue;
+        r.push_back({n, orv_sym<ScalarFn>(n), ref});
+    }
     return r;
 }
 std::vector<Fn> trig_fns() {
@@ -85,7 +89,7 @@ TEST(LibmAccuracy, SinCosRandomOverTheWholeDomain) {
     for (int i = 0; i < 250000; ++i) xs.push_back(u(g));
     std::vector<double> big = spread(g, 250000, 17, 1023, true);
     xs.insert(xs.end(), big.begin(), big.end());
-    expect_accurate({trig_fns()[0], trig_fns()[4]}, xs, "random arguments");
+    expect_accurate({fns({"cos"}, cosl)[0], fns({"sin"}, sinl)[0]}, xs, "random arguments");
     // The bodies on a sample.
     xs.resize(200000);
     xs.insert(xs.end(), big.begin(), big.begin() + 50000);

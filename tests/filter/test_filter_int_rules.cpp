@@ -119,7 +119,12 @@ TEST(FilterIntRules, RoundingAndSaturationByRoute) {
             case Ty::s8: calls = run<Orv8s>("orviFilter32f_8s_C1R", r); break;
             case Ty::s32: calls = run<Orv32s>("orviFilter32f_32s_C1R", r); break;
         }
-        EXPECT_GT(calls, 0) << r.what << ": no tier";
+        const char* named = *r.tiers ? r.tiers : "m7 n8 y8 e9";
+        bool tested = false;
+        for (const char* t : {"m7", "n8", "y8", "e9"}) tested = tested || (std::strstr(named, t) && tier_tested(t));
+        if (tested) {
+            EXPECT_GT(calls, 0) << r.what << ": no tier";
+        }
     }
 }
 

@@ -195,7 +195,9 @@ TEST(FilterOrder, GroupOrderBitExact) {
                         ++runs;
                     }
                 }
-    EXPECT_GT(runs, 600);
+    const size_t tested = count_tested({"e9", "y8", "n8"});
+    if (tested == 0) GTEST_SKIP() << "e9, y8 and n8 are left out";
+    EXPECT_GT(runs, tested == 3 ? 600 : 0);
 }
 
 // A 17-wide kernel: the last column's pass follows all rows of the first 16
@@ -203,6 +205,7 @@ TEST(FilterOrder, GroupOrderBitExact) {
 TEST(FilterOrder, TailPassFollowsAllRows) {
     static const Layout& l = kLayouts[0];
     for (const char* tier : {"e9", "y8"}) {
+        if (!tier_tested(tier)) continue;
         std::mt19937 rng(11);
         const int w = 40, h = 6, kW = 17, kH = 9;
         Call c{tier, &l, w, h, kW, kH, 0, 0, Flush::End};
@@ -227,7 +230,7 @@ TEST(FilterOrder, AlignedUnalignedAndTiersAgree) {
             auto noise = [](int x, int y, int e) { return std::sin(float(x * 131 + y * 71 + e * 17)); };
             std::vector<std::vector<float>> res;
             for (const char* tier : {"y8", "n8"})
-                for (int mis = 0; mis < 3; ++mis) {
+                for (int mis = 0; mis < 3 && tier_tested(tier); ++mis) {
                     Call c{tier, &l, w, h, kW, kH, mis == 1 ? 4 : 0, mis == 2 ? 4 : 0, Flush::End};
                     res.push_back(run(c, k, noise).dst);
                 }
@@ -242,7 +245,7 @@ TEST(FilterOrder, AlignedUnalignedAndTiersAgree) {
 TEST(FilterOrder, AlignedLookAheadStaysInWindow) {
     std::mt19937 rng(5);
     for (const char* tier : {"y8", "n8"})
-        for (int li = 0; li < 3; ++li)
+        for (int li = 0; li < 3 && tier_tested(tier); ++li)
             for (int kW : {2, 3, 5, 6, 7, 10, 13})
                 for (int w : {kW + 9, kW + 12, kW + 15, kW + 17}) {
                     const Layout& l = kLayouts[li];
@@ -305,6 +308,8 @@ class FilterReplicated : public ::testing::TestWithParam<Layout> {};
 TEST_P(FilterReplicated, OneRunningSumPerElementInWindowOrder) {
     const Layout& l = GetParam();
     const auto tiers = tiers_of<FilterFn>(std::string("orviFilter_32f_") + l.name);
+    const bool all = count_tested({"m7", "n8", "y8", "e9"}) == 4;
+    if (tiers.empty() && !all) GTEST_SKIP() << "the entry's tiers are left out";
     ASSERT_FALSE(tiers.empty());
     // C1: every tail length and load bound from 16 on; the pixel layouts up
     // to the widths the column-group frames leave, and two wider ones for m7.
@@ -330,6 +335,7 @@ TEST_P(FilterReplicated, OneRunningSumPerElementInWindowOrder) {
                         return;
                 }
             }
+    if (calls == 0 && !all) GTEST_SKIP() << "no tested tier takes the route";
     EXPECT_GT(calls, 0);
 }
 

@@ -75,8 +75,9 @@ TEST_F(Dispatch, StartUpSelectedTheBestTier) {
 TEST_F(Dispatch, VersionRecordsPerTier) {
     auto signal = orv::test::tiers_of<decltype(orvsGetLibVersion)>("orvsGetLibVersion");
     auto image = orv::test::tiers_of<decltype(orviGetLibVersion)>("orviGetLibVersion");
-    ASSERT_EQ(signal.size(), 5u);
-    ASSERT_EQ(image.size(), 5u);
+    const size_t runnable = orv::test::count_tested({"m7", "u8", "n8", "y8", "e9"});
+    ASSERT_EQ(signal.size(), runnable);
+    ASSERT_EQ(image.size(), runnable);
     for (size_t k = 0; k < signal.size(); ++k) {
         const std::string tier = signal[k].tier;
         SCOPED_TRACE(tier);

@@ -87,6 +87,7 @@ TEST_F(Memory, OutOfMemoryIsNull) {
 template <class Fn>
 void check_typed(const char* name, size_t elem) {
     auto tiers = orv::test::tiers_of<Fn>(name);
+    if (tiers.empty() && !orv::test::all_tiers_tested()) return;  // its tiers are left out
     ASSERT_FALSE(tiers.empty()) << name;
     for (const auto& t : tiers) {
         SCOPED_TRACE(std::string(name) + " " + t.tier);

@@ -122,8 +122,8 @@ ORV_INSTANTIATE_TIERS(WrapBorder, orviCopyWrapBorder_32s_C1R);
 TEST(BorderFloat, ForwardsBitsOnEveryTierAndStub) {
     auto consts = orv::test::tiers_of<decltype(orviCopyConstBorder_32f_C1R)>("orviCopyConstBorder_32f_C1R");
     auto wraps = orv::test::tiers_of<decltype(orviCopyWrapBorder_32f_C1R)>("orviCopyWrapBorder_32f_C1R");
-    ASSERT_EQ(consts.size(), 4u);
-    ASSERT_EQ(wraps.size(), 4u);
+    ASSERT_EQ(consts.size(), orv::test::count_tested({"m7", "u8", "y8", "e9"}));
+    ASSERT_EQ(wraps.size(), consts.size());
     consts.push_back({"stub", orviCopyConstBorder_32f_C1R});
     wraps.push_back({"stub", orviCopyWrapBorder_32f_C1R});
     const Case c{3, 2, 1, 2, 1, 1};

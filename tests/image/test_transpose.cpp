@@ -102,7 +102,7 @@ ORV_INSTANTIATE_TIERS(Transpose, orviTranspose_32s_C1R);
 // NaN payloads intact.
 TEST(Transpose32f, ForwardsBitForBit) {
     auto tiers = orv::test::tiers_of<Fn32f>("orviTranspose_32f_C1R");
-    ASSERT_EQ(tiers.size(), 4u);
+    ASSERT_EQ(tiers.size(), orv::test::count_tested({"m7", "u8", "y8", "e9"}));
     tiers.push_back({"stub", &orviTranspose_32f_C1R});
     for (const auto& t : tiers)
         for (const Case& c : {kCases[4], kCases[16]}) check(t.fn, c, Flush::End, t.tier);

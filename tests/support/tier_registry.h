@@ -2,6 +2,8 @@
 // function's suite once per tier that exports it, against one reference.
 #pragma once
 
+#include <cstddef>
+#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -14,7 +16,24 @@ struct RegistryEntry {
     void* address;
 };
 
+// The entries of the tiers this processor can execute: on an older (or
+// emulated) processor the tiers above it are left out, so no test calls an
+// instruction the processor lacks. The environment variable ORV_TEST_TIERS,
+// when set, restricts it further to the tiers it names. The first call reports
+// what it left out.
 const std::vector<RegistryEntry>& registry();
+
+// Whether the registry holds `tier`: this processor executes it and
+// ORV_TEST_TIERS, if set, names it.
+bool tier_tested(const std::string& tier);
+
+// Those of `tiers` the registry holds, in order, each followed by a space
+// ("m7 n8 y8 e9 " when nothing is left out); and how many.
+std::string tested_among(std::initializer_list<const char*> tiers);
+std::size_t count_tested(std::initializer_list<const char*> tiers);
+
+// Whether the registry holds all five tiers.
+inline bool all_tiers_tested() { return count_tested({"m7", "u8", "n8", "y8", "e9"}) == 5; }
 
 template <class Fn>
 struct TierFn {

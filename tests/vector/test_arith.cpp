@@ -137,6 +137,7 @@ void run_case(const Member<T>& m, const std::vector<std::pair<std::string, Call<
 template <class T>
 void run_member(const Member<T>& m, T val) {
     const auto calls = calls_of(m);
+    if (calls.empty() && !orv::test::all_tiers_tested()) return;  // its tiers are left out
     ASSERT_FALSE(calls.empty()) << m.name;
     std::mt19937 rng(11);
     // Short lengths: fixed triples for the aligned, one-step and odd paths,
