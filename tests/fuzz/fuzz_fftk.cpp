@@ -4,6 +4,7 @@
 // orders; the blocked large-transform kernels (Large, Fact, BlkMerge/Split,
 // block bit reversal, the large table builders) run inside a transform of the
 // tier's first large order, and BlkMerge/Split also directly.
+#include <cstring>
 #include <cmath>
 
 #include "fuzz_common.h"
@@ -146,7 +147,11 @@ void rec_table(Orv8u* (*f)(int, const E*, int, E*), const char* n, FuzzedDataPro
     end_within(t.data(), f(order, b.as<E>(), baseOrder, t.as<E>()), t.size(), n);
 }
 void sizes_large(void (*f)(int, int*, int*, int*), const char* n, FuzzedDataProvider& in) {
-    const int order = in.ConsumeIntegralInRange<int>(13, 28);
+    // The library asks for 64f large tables up to order 27 only (its largest
+    // double transform, the real one of order 28, is complex of order 27);
+    // at order 28 the 64f twiddle bytes no longer fit an int.
+    const bool dbl = std::strstr(n, "_64f") != nullptr;
+    const int order = in.ConsumeIntegralInRange<int>(13, dbl ? 27 : 28);
     Block out(3 * sizeof(int));
     int* p = out.as<int>();
     f(order, p, p + 1, p + 2);
