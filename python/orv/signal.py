@@ -17,6 +17,17 @@ def _real(a, name):
     return a
 
 
+def _pair(a, b, ndim, name):
+    """Two real non-empty arrays of ndim dimensions, or the error saying why not."""
+    a = _real(a, name)
+    b = _real(b, name)
+    if a.ndim != ndim or b.ndim != ndim:
+        raise ValueError("%s: %d-D arrays expected, got %d-D and %d-D" % (name, ndim, a.ndim, b.ndim))
+    if a.size == 0 or b.size == 0:
+        raise ValueError("%s: empty input" % name)
+    return a, b
+
+
 def convolve(a, b):
     """Full linear convolution of two 1-D arrays, like ``numpy.convolve(a, b)``
     (``mode="full"``): length len(a) + len(b) - 1.
@@ -24,12 +35,7 @@ def convolve(a, b):
     Two float32 inputs are convolved in single precision (float32 result);
     any other real numeric dtypes in double precision (float64 result).
     """
-    a = _real(a, "convolve")
-    b = _real(b, "convolve")
-    if a.ndim != 1 or b.ndim != 1:
-        raise ValueError("convolve: 1-D arrays expected, got %d-D and %d-D" % (a.ndim, b.ndim))
-    if a.size == 0 or b.size == 0:
-        raise ValueError("convolve: empty input")
+    a, b = _pair(a, b, 1, "convolve")
     if a.dtype == np.float32 and b.dtype == np.float32:
         return _orv.conv_32f(np.ascontiguousarray(a), np.ascontiguousarray(b))
     return _orv.conv_64f(np.ascontiguousarray(a, np.float64), np.ascontiguousarray(b, np.float64))
@@ -45,12 +51,7 @@ def convolve2d_valid(a, k):
     kernels go through FFT products, with an error relative to
     sum |a| |k| of the order of the float32 epsilon times log2 of the size.
     """
-    a = _real(a, "convolve2d_valid")
-    k = _real(k, "convolve2d_valid")
-    if a.ndim != 2 or k.ndim != 2:
-        raise ValueError("convolve2d_valid: 2-D arrays expected, got %d-D and %d-D" % (a.ndim, k.ndim))
-    if a.size == 0 or k.size == 0:
-        raise ValueError("convolve2d_valid: empty input")
+    a, k = _pair(a, k, 2, "convolve2d_valid")
     fits = (a.shape[0] >= k.shape[0] and a.shape[1] >= k.shape[1]) or \
            (k.shape[0] >= a.shape[0] and k.shape[1] >= a.shape[1])
     if not fits:
